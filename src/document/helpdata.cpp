@@ -1,0 +1,7 @@
+#include "helpdata.h"
+
+namespace ZyHelp {
+
+HelpData::HelpData() = default;
+
+} // namespace ZyHelp

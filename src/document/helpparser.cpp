@@ -1,0 +1,119 @@
+#include "helpdata.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QStringConverter>
+#include <QXmlStreamReader>
+
+#include <optional>
+
+namespace ZyHelp {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The file's text is UTF-8 whatever its XML declaration names; only a byte order
+// mark switches to the encoding it marks, and undecodable bytes become U+FFFD.
+// Valid UTF-8 is handed to the XML reader as it is, which spares decoding the
+// whole file once more; everything else is decoded here first.
+void setText(QXmlStreamReader &xml, const QByteArray &bytes)
+{
+    const auto encoding = QStringConverter::encodingForData(bytes);
+    if (!encoding || *encoding == QStringConverter::Utf8) {
+        QByteArrayView body(bytes);
+        if (encoding) // a UTF-8 byte order mark, which is not part of the text
+            body = body.sliced(3);
+        if (body.isValidUtf8()) {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
+            xml.addData(QUtf8StringView(body));
+#else
+            // A string locks the reader to UTF-8, so the bytes that follow are not
+            // reinterpreted by the encoding the declaration may name.
+            xml.addData(QString());
+            xml.addData(body.toByteArray());
+#endif
+            return;
+        }
+    }
+    QStringDecoder decoder(encoding.value_or(QStringConverter::Utf8));
+    xml.addData(QString(decoder(bytes)));
+}
+
+// The attribute's value, or nothing when the element lacks it. Presence is
+// decided by the name alone: an attribute given as "" is present.
+std::optional<QString> attribute(const QXmlStreamAttributes &attributes, QLatin1StringView name)
+{
+    for (const QXmlStreamAttribute &a : attributes) {
+        if (a.qualifiedName() == name)
+            return a.value().toString();
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+HelpParser::HelpParser() = default;
+
+HelpData HelpParser::parse(const QString &filePath)
+{
+    HelpData result;
+
+    QFile file(filePath);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        qWarning() << "Kann XML-Datei nicht öffnen:" << filePath;
+        return result;
+    }
+    const QByteArray bytes = file.readAll();
+    file.close();
+
+    QXmlStreamReader xml;
+    setText(xml, bytes);
+
+    QString currentKey;
+    HelpLanguage currentLanguage;
+
+    while (!xml.atEnd() && !xml.hasError()) {
+        const QXmlStreamReader::TokenType token = xml.readNext();
+        if (token == QXmlStreamReader::StartElement) {
+            const QStringView name = xml.name();
+            if (name == u"section") {
+                HelpSection section;
+                section.name = attribute(xml.attributes(), "name"_L1).value_or(QString());
+                section.content =
+                    xml.readElementText(QXmlStreamReader::ErrorOnUnexpectedElement).trimmed();
+                currentLanguage.sections.append(section);
+            } else if (name == u"description") {
+                currentLanguage.description =
+                    xml.readElementText(QXmlStreamReader::ErrorOnUnexpectedElement).trimmed();
+            } else if (name == u"lang") {
+                const QXmlStreamAttributes attributes = xml.attributes();
+                if (auto key = attribute(attributes, "name"_L1))
+                    currentKey = *key;
+                else if (auto lang = attribute(attributes, "lang"_L1))
+                    currentKey = *lang;
+                currentLanguage = HelpLanguage();
+            } else if (name == u"link") {
+                if (auto page = attribute(xml.attributes(), "page"_L1))
+                    result.links.append(*page);
+            } else if (name == u"zyhelp") {
+                const QXmlStreamAttributes attributes = xml.attributes();
+                if (auto version = attribute(attributes, "version"_L1))
+                    result.version = *version;
+                if (auto author = attribute(attributes, "author"_L1))
+                    result.author = *author;
+            }
+        } else if (token == QXmlStreamReader::EndElement && xml.name() == u"lang") {
+            if (!currentKey.isEmpty())
+                result.languages.insert(currentKey, currentLanguage);
+            currentKey.clear();
+        }
+    }
+
+    if (xml.hasError())
+        qWarning() << "XML Parsing Fehler in" << filePath << ":" << xml.errorString();
+
+    return result;
+}
+
+} // namespace ZyHelp

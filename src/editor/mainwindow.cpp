@@ -1,0 +1,451 @@
+#include "mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QInputDialog>
+#include <QMenu>
+#include <QMessageBox>
+#include <QStyle>
+
+QTreeWidgetItem *getFolderItem(QTreeWidget *tree, QTreeWidgetItem *parent, const QString &name)
+{
+    const int count = parent ? parent->childCount() : tree->topLevelItemCount();
+    for (int i = 0; i < count; ++i) {
+        QTreeWidgetItem *child = parent ? parent->child(i) : tree->topLevelItem(i);
+        if (child->text(0) == name
+            && child->data(0, MainWindow::ItemTypeRole).toInt() == MainWindow::TypeFolder) {
+            return child;
+        }
+    }
+
+    auto *folder = new QTreeWidgetItem;
+    folder->setText(0, name);
+    folder->setIcon(0, QApplication::style()->standardIcon(QStyle::SP_DirIcon));
+    folder->setData(0, MainWindow::ItemTypeRole, MainWindow::TypeFolder);
+    if (parent)
+        parent->addChild(folder);
+    else
+        tree->addTopLevelItem(folder);
+    return folder;
+}
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , ui(new Ui_MainWindow)
+{
+    // The form has no entry for registering the project's folders; the action is
+    // made before the form so that its slot is connected by name like the others.
+    auto *actionRegisterPath = new QAction(this);
+    actionRegisterPath->setObjectName(QStringLiteral("actionRegisterPath"));
+
+    ui->setupUi(this);
+
+    actionRegisterPath->setText(tr("Projektordner registrieren"));
+    ui->menuDatei->addSeparator();
+    ui->menuDatei->addAction(actionRegisterPath);
+
+    ui->projectTree->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(ui->btnSaveFile, &QPushButton::clicked, this, &MainWindow::on_actionSave_triggered);
+    connect(ui->btnSaveSection, &QPushButton::clicked, this, &MainWindow::on_actionSave_triggered);
+    connect(ui->btnSaveLang, &QPushButton::clicked, this, &MainWindow::on_actionSave_triggered);
+}
+
+MainWindow::~MainWindow()
+{
+    delete ui;
+}
+
+// ---- Project tree -------------------------------------------------------------
+
+void MainWindow::loadProjectView()
+{
+    ui->projectTree->clear();
+    m_helpFiles.clear();
+    m_currentItem = nullptr;
+    setWindowTitle(tr("Editor - ") + m_projectManager.projectName());
+
+    const QDir root(m_projectManager.rootPath());
+    const QIcon fileIcon = style()->standardIcon(QStyle::SP_FileIcon);
+    const QStringList files = m_projectManager.files();
+    for (const QString &entry : files) {
+        const QString filePath = root.filePath(entry);
+        if (!QFile::exists(filePath))
+            continue;
+
+        const ZyHelp::HelpData document = m_parser.parse(filePath);
+        m_helpFiles.insert(filePath, document);
+
+        QStringList folders = entry.split(QLatin1Char('/'));
+        const QString fileName = folders.takeLast();
+        QTreeWidgetItem *parent = nullptr;
+        for (const QString &folder : std::as_const(folders))
+            parent = getFolderItem(ui->projectTree, parent, folder);
+
+        // The document's nodes are filled before the file node joins the tree, so
+        // the view is told about each document once, not about every node.
+        auto *fileItem = new QTreeWidgetItem;
+        fileItem->setText(0, fileName);
+        fileItem->setIcon(0, fileIcon);
+        fileItem->setData(0, ItemTypeRole, TypeFile);
+        fileItem->setData(0, FilePathRole, filePath);
+
+        for (auto lang = document.languages.cbegin(); lang != document.languages.cend(); ++lang) {
+            auto *langItem = new QTreeWidgetItem(fileItem);
+            langItem->setText(0, lang.key());
+            langItem->setData(0, ItemTypeRole, TypeLanguage);
+            langItem->setData(0, FilePathRole, filePath);
+            langItem->setData(0, LangKeyRole, lang.key());
+            for (qsizetype i = 0; i < lang->sections.size(); ++i) {
+                auto *sectionItem = new QTreeWidgetItem(langItem);
+                sectionItem->setText(0, lang->sections.at(i).name);
+                sectionItem->setData(0, ItemTypeRole, TypeSection);
+                sectionItem->setData(0, FilePathRole, filePath);
+                sectionItem->setData(0, LangKeyRole, lang.key());
+                sectionItem->setData(0, SectionIndexRole, int(i));
+            }
+        }
+
+        if (parent)
+            parent->addChild(fileItem);
+        else
+            ui->projectTree->addTopLevelItem(fileItem);
+    }
+
+    ui->projectTree->expandAll();
+}
+
+// ---- Editing pages and saving ---------------------------------------------------
+
+void MainWindow::on_projectTree_itemClicked(QTreeWidgetItem *item, int column)
+{
+    Q_UNUSED(column)
+    if (m_currentItem && m_currentItem != item)
+        syncUiToData();
+    m_currentItem = item;
+
+    const int type = item->data(0, ItemTypeRole).toInt();
+    const QString filePath = item->data(0, FilePathRole).toString();
+    const auto doc = m_helpFiles.constFind(filePath);
+
+    switch (type) {
+    case TypeFile:
+        ui->editorStack->setCurrentWidget(ui->pageFile);
+        if (doc != m_helpFiles.cend()) {
+            ui->editAuthor->setText(doc->author);
+            ui->editVersion->setText(doc->version);
+            ui->listLinks->clear();
+            ui->listLinks->addItems(doc->links);
+        }
+        break;
+    case TypeLanguage: {
+        ui->editorStack->setCurrentWidget(ui->pageLanguage);
+        if (doc == m_helpFiles.cend())
+            break;
+        const auto lang = doc->languages.constFind(item->data(0, LangKeyRole).toString());
+        if (lang != doc->languages.cend())
+            ui->editLangDescription->setText(lang->description);
+        break;
+    }
+    case TypeSection: {
+        ui->editorStack->setCurrentWidget(ui->pageSection);
+        if (doc == m_helpFiles.cend())
+            break;
+        const auto lang = doc->languages.constFind(item->data(0, LangKeyRole).toString());
+        const int index = item->data(0, SectionIndexRole).toInt();
+        if (lang != doc->languages.cend() && index >= 0 && index < lang->sections.size()) {
+            const ZyHelp::HelpSection &section = lang->sections.at(index);
+            ui->editSectionName->setText(section.name);
+            ui->editContent->setPlainText(section.content);
+        }
+        break;
+    }
+    default:
+        ui->editorStack->setCurrentWidget(ui->pageEmpty);
+        break;
+    }
+}
+
+void MainWindow::syncUiToData()
+{
+    if (!m_currentItem)
+        return;
+
+    const int type = m_currentItem->data(0, ItemTypeRole).toInt();
+    const QString filePath = m_currentItem->data(0, FilePathRole).toString();
+    const auto doc = m_helpFiles.find(filePath);
+    if (doc == m_helpFiles.end())
+        return;
+
+    QWidget *page = ui->editorStack->currentWidget();
+    switch (type) {
+    case TypeFile:
+        if (page != ui->pageFile)
+            return;
+        doc->author = ui->editAuthor->text();
+        doc->version = ui->editVersion->text();
+        doc->links.clear();
+        for (int row = 0; row < ui->listLinks->count(); ++row)
+            doc->links.append(ui->listLinks->item(row)->text());
+        break;
+    case TypeLanguage: {
+        if (page != ui->pageLanguage)
+            return;
+        const auto lang = doc->languages.find(m_currentItem->data(0, LangKeyRole).toString());
+        if (lang != doc->languages.end())
+            lang->description = ui->editLangDescription->text();
+        break;
+    }
+    case TypeSection: {
+        if (page != ui->pageSection)
+            return;
+        const auto lang = doc->languages.find(m_currentItem->data(0, LangKeyRole).toString());
+        const int index = m_currentItem->data(0, SectionIndexRole).toInt();
+        if (lang == doc->languages.end() || index < 0 || index >= lang->sections.size())
+            return;
+        ZyHelp::HelpSection &section = lang->sections[index];
+        section.name = ui->editSectionName->text();
+        section.content = ui->editContent->toPlainText();
+        m_currentItem->setText(0, section.name);
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+void MainWindow::on_actionSave_triggered()
+{
+    if (!m_currentItem)
+        return;
+    syncUiToData();
+    saveFile(m_currentItem->data(0, FilePathRole).toString());
+}
+
+void MainWindow::saveFile(const QString &filePath)
+{
+    if (m_writer.writeXml(m_helpFiles.value(filePath), filePath)) {
+        statusBar()->showMessage(tr("Gespeichert: ") + QFileInfo(filePath).fileName(), 2000);
+    } else {
+        QMessageBox::critical(this, tr("Fehler"), tr("Speichern fehlgeschlagen."));
+    }
+}
+
+void MainWindow::on_btnAddLink_clicked()
+{
+    if (!m_currentItem || m_currentItem->data(0, ItemTypeRole).toInt() != TypeFile)
+        return;
+    const QString link = ui->editNewLink->text().trimmed();
+    if (link.isEmpty())
+        return;
+    ui->listLinks->addItem(link);
+    ui->editNewLink->clear();
+}
+
+void MainWindow::on_btnRemoveLink_clicked()
+{
+    qDeleteAll(ui->listLinks->selectedItems());
+}
+
+// ---- Context menu and structural edits -----------------------------------------
+
+void MainWindow::on_projectTree_customContextMenuRequested(const QPoint &pos)
+{
+    QTreeWidgetItem *item = ui->projectTree->itemAt(pos);
+    if (!item)
+        return;
+
+    const int type = item->data(0, ItemTypeRole).toInt();
+    const QString filePath = item->data(0, FilePathRole).toString();
+
+    QMenu menu(this);
+    switch (type) {
+    case TypeFile:
+        connect(menu.addAction(tr("Sprache hinzufügen...")), &QAction::triggered, this,
+                [this, filePath] { addLanguage(filePath); });
+        menu.addSeparator();
+        connect(menu.addAction(tr("Aus Projekt entfernen (Löschen)")), &QAction::triggered, this,
+                [this, item] { deleteItem(item); });
+        break;
+    case TypeLanguage: {
+        const QString langKey = item->data(0, LangKeyRole).toString();
+        connect(menu.addAction(tr("Sektion hinzufügen...")), &QAction::triggered, this,
+                [this, filePath, langKey] { addSection(filePath, langKey); });
+        menu.addSeparator();
+        connect(menu.addAction(tr("Sprache löschen")), &QAction::triggered, this,
+                [this, item] { deleteItem(item); });
+        break;
+    }
+    case TypeSection:
+        connect(menu.addAction(tr("Sektion löschen")), &QAction::triggered, this,
+                [this, item] { deleteItem(item); });
+        break;
+    default:
+        break;
+    }
+    menu.exec(ui->projectTree->mapToGlobal(pos));
+}
+
+void MainWindow::addLanguage(QString filePath)
+{
+    bool ok = false;
+    const QString key = QInputDialog::getText(this, tr("Neu"), tr("Sprache (de, en):"),
+                                              QLineEdit::Normal, QString(), &ok);
+    if (!ok || key.isEmpty())
+        return;
+
+    ZyHelp::HelpData &doc = m_helpFiles[filePath];
+    // Never replace a language the document already has: its text would be lost.
+    if (doc.languages.contains(key)) {
+        QMessageBox::warning(this, tr("Neu"),
+                             tr("Die Sprache '%1' ist bereits vorhanden.").arg(key));
+        return;
+    }
+    ZyHelp::HelpLanguage language;
+    language.description = QStringLiteral("...");
+    doc.languages.insert(key, language);
+    saveFile(filePath);
+    loadProjectView();
+}
+
+void MainWindow::addSection(QString filePath, QString langKey)
+{
+    bool ok = false;
+    const QString name = QInputDialog::getText(this, tr("Neu"), tr("Sektion Name:"),
+                                               QLineEdit::Normal, QString(), &ok);
+    if (!ok || name.isEmpty())
+        return;
+
+    ZyHelp::HelpSection section;
+    section.name = name;
+    section.content = QStringLiteral("...");
+    m_helpFiles[filePath].languages[langKey].sections.append(section);
+    saveFile(filePath);
+    loadProjectView();
+}
+
+void MainWindow::deleteItem(QTreeWidgetItem *item)
+{
+    const int type = item->data(0, ItemTypeRole).toInt();
+    const QString filePath = item->data(0, FilePathRole).toString();
+
+    switch (type) {
+    case TypeFile:
+        if (QMessageBox::question(this, tr("Löschen"),
+                                  tr("Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)"))
+            != QMessageBox::Yes) {
+            return;
+        }
+        m_projectManager.removeFileFromProject(filePath, true);
+        m_helpFiles.remove(filePath);
+        loadProjectView();
+        m_currentItem = nullptr;
+        ui->editorStack->setCurrentWidget(ui->pageEmpty);
+        break;
+    case TypeLanguage: {
+        const QString langKey = item->data(0, LangKeyRole).toString();
+        if (QMessageBox::question(this, tr("Löschen"), tr("Sprache '") + langKey + tr("' löschen?"))
+            != QMessageBox::Yes) {
+            return;
+        }
+        m_helpFiles[filePath].languages.remove(langKey);
+        saveFile(filePath);
+        loadProjectView();
+        break;
+    }
+    case TypeSection: {
+        const QString langKey = item->data(0, LangKeyRole).toString();
+        const int index = item->data(0, SectionIndexRole).toInt();
+        if (QMessageBox::question(this, tr("Löschen"), tr("Sektion löschen?")) != QMessageBox::Yes)
+            return;
+        QList<ZyHelp::HelpSection> &sections = m_helpFiles[filePath].languages[langKey].sections;
+        if (index >= 0 && index < sections.size())
+            sections.removeAt(index);
+        saveFile(filePath);
+        loadProjectView();
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+// ---- Project and file commands -------------------------------------------------
+
+void MainWindow::on_actionNewProject_triggered()
+{
+    const QString directory = QFileDialog::getExistingDirectory(
+        this, tr("Projektordner wählen"), QString(), QFileDialog::ShowDirsOnly);
+    if (directory.isEmpty())
+        return;
+
+    bool ok = false;
+    const QString name = QInputDialog::getText(this, tr("Neues Projekt"), tr("Projektname:"),
+                                               QLineEdit::Normal, QStringLiteral("MeinProjekt"), &ok);
+    if (!ok || name.isEmpty())
+        return;
+
+    if (m_projectManager.createProject(directory, name)) {
+        loadProjectView();
+        QMessageBox::information(this, tr("Info"), tr("Projekt erstellt!"));
+    }
+}
+
+void MainWindow::on_actionOpenProject_triggered()
+{
+    const QString path = QFileDialog::getOpenFileName(this, tr("Projekt öffnen"), QDir::homePath(),
+                                                      tr("Projekte (*.zyproject)"));
+    if (path.isEmpty())
+        return;
+    if (m_projectManager.openProject(path))
+        loadProjectView();
+}
+
+void MainWindow::on_actionNewFile_triggered()
+{
+    if (m_projectManager.rootPath().isEmpty()) {
+        QMessageBox::warning(this, tr("Info"), tr("Bitte erst ein Projekt öffnen/erstellen."));
+        return;
+    }
+
+    const QString path = QFileDialog::getSaveFileName(this, tr("Neue Datei"),
+                                                      m_projectManager.rootPath(),
+                                                      tr("Hilfe (*.zyhelp)"));
+    if (path.isEmpty())
+        return;
+
+    ZyHelp::HelpData document;
+    document.version = QStringLiteral("1.0");
+    document.author = QStringLiteral("Ich");
+    ZyHelp::HelpLanguage german;
+    german.description = QStringLiteral("Neue Beschreibung");
+    document.languages.insert(QStringLiteral("de"), german);
+
+    if (m_writer.writeXml(document, path)) {
+        m_projectManager.refreshFileList();
+        m_projectManager.saveProject();
+        loadProjectView();
+    }
+}
+
+void MainWindow::on_actionReload_triggered()
+{
+    if (m_projectManager.rootPath().isEmpty())
+        return;
+    m_projectManager.refreshFileList();
+    loadProjectView();
+}
+
+void MainWindow::on_actionRegisterPath_triggered()
+{
+    if (m_projectManager.rootPath().isEmpty()) {
+        QMessageBox::warning(this, tr("Info"), tr("Kein Projekt geöffnet."));
+        return;
+    }
+    m_projectManager.registerPathInGlobalConfig();
+    QMessageBox::information(this, tr("Info"), tr("Pfad (inkl. Unterordner) wurde registriert."));
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "helpdata.h"
+#include "projectmanager.h"
+
+#include <QMainWindow>
+#include <QMap>
+#include <QString>
+
+QT_BEGIN_NAMESPACE
+class QTreeWidget;
+class QTreeWidgetItem;
+QT_END_NAMESPACE
+
+class Ui_MainWindow;
+
+// The folder node called name directly under parent (the tree's top level when
+// parent is null), made when there is none yet. Never returns null.
+QTreeWidgetItem *getFolderItem(QTreeWidget *tree, QTreeWidgetItem *parent, const QString &name);
+
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    // What a project tree node stands for, kept in column 0 of the node.
+    enum ItemRole {
+        ItemTypeRole = Qt::UserRole + 1,
+        FilePathRole,
+        LangKeyRole,
+        SectionIndexRole,
+    };
+    enum ItemType {
+        TypeFolder = 100,
+        TypeFile = 200,
+        TypeLanguage = 300,
+        TypeSection = 400,
+    };
+
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+private slots:
+    void on_projectTree_itemClicked(QTreeWidgetItem *item, int column);
+    void on_btnAddLink_clicked();
+    void on_btnRemoveLink_clicked();
+    void on_actionNewProject_triggered();
+    void on_actionOpenProject_triggered();
+    void on_actionNewFile_triggered();
+    void on_actionReload_triggered();
+    void on_actionRegisterPath_triggered();
+    void on_actionSave_triggered();
+    void on_projectTree_customContextMenuRequested(const QPoint &pos);
+    void addLanguage(QString filePath);
+    void addSection(QString filePath, QString langKey);
+    void deleteItem(QTreeWidgetItem *item);
+
+private:
+    void loadProjectView();
+    void syncUiToData();
+    void saveFile(const QString &filePath);
+
+    Ui_MainWindow *ui;
+    ZyHelp::HelpParser m_parser;
+    ZyHelp::HelpWriter m_writer;
+    ZyHelp::ProjectManager m_projectManager;
+    QMap<QString, ZyHelp::HelpData> m_helpFiles;
+    QTreeWidgetItem *m_currentItem = nullptr;
+};

@@ -1,0 +1,6 @@
+#include "benchutil.h"
+
+// Filled in with the documents figures.
+void benchDocuments()
+{
+}

@@ -13,31 +13,38 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// Valid UTF-8 goes to the XML reader as it is. The reader is locked to UTF-8
+// first (a string does that), so an encoding named in the declaration does not
+// reinterpret the bytes.
+void addUtf8(QXmlStreamReader &xml, const QByteArray &utf8)
+{
+    xml.addData(QString());
+    xml.addData(utf8);
+}
+
 // The file's text is UTF-8 whatever its XML declaration names; only a byte order
 // mark switches to the encoding it marks, and undecodable bytes become U+FFFD.
-// Valid UTF-8 is handed to the XML reader as it is, which spares decoding the
-// whole file once more; everything else is decoded here first.
+// Carriage returns are dropped from the decoded text, so CR LF reads as LF.
+// Valid UTF-8 skips the decoding here, which spares converting the whole file
+// once more; everything else is decoded first.
 void setText(QXmlStreamReader &xml, const QByteArray &bytes)
 {
     const auto encoding = QStringConverter::encodingForData(bytes);
     if (!encoding || *encoding == QStringConverter::Utf8) {
-        QByteArrayView body(bytes);
-        if (encoding) // a UTF-8 byte order mark, which is not part of the text
-            body = body.sliced(3);
-        if (body.isValidUtf8()) {
-#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
-            xml.addData(QUtf8StringView(body));
-#else
-            // A string locks the reader to UTF-8, so the bytes that follow are not
-            // reinterpreted by the encoding the declaration may name.
-            xml.addData(QString());
-            xml.addData(body.toByteArray());
-#endif
+        // A UTF-8 byte order mark is not part of the text.
+        QByteArray body = encoding ? bytes.sliced(3) : bytes;
+        if (QByteArrayView(body).isValidUtf8()) {
+            // In valid UTF-8 a 0x0D byte is a carriage return and nothing else.
+            if (body.contains('\r'))
+                body.removeIf([](char c) { return c == '\r'; });
+            addUtf8(xml, body);
             return;
         }
     }
     QStringDecoder decoder(encoding.value_or(QStringConverter::Utf8));
-    xml.addData(QString(decoder(bytes)));
+    QString text = decoder(bytes);
+    text.remove(u'\r');
+    xml.addData(text);
 }
 
 // The attribute's value, or nothing when the element lacks it. Presence is
@@ -59,8 +66,11 @@ HelpData HelpParser::parse(const QString &filePath)
 {
     HelpData result;
 
+    // Not in text mode: that would drop every 0x0D byte before decoding and
+    // so tear UTF-16 and UTF-32 code units apart. setText drops carriage
+    // returns from the decoded text instead.
     QFile file(filePath);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!file.open(QIODevice::ReadOnly)) {
         qWarning() << "Kann XML-Datei nicht öffnen:" << filePath;
         return result;
     }

@@ -13,20 +13,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Valid UTF-8 goes to the XML reader as it is. The reader is locked to UTF-8
-// first (a string does that), so an encoding named in the declaration does not
-// reinterpret the bytes.
+// Valid UTF-8 goes to the XML reader as a string, so an encoding named in the
+// declaration does not reinterpret it. Locking the reader with an empty string
+// and then adding the bytes works with Qt 6.4, but Qt 6.11 decodes the
+// bytes with the declared encoding all the same.
 void addUtf8(QXmlStreamReader &xml, const QByteArray &utf8)
 {
-    xml.addData(QString());
-    xml.addData(utf8);
+    xml.addData(QString::fromUtf8(utf8));
 }
 
 // The file's text is UTF-8 whatever its XML declaration names; only a byte order
 // mark switches to the encoding it marks, and undecodable bytes become U+FFFD.
 // Carriage returns are dropped from the decoded text, so CR LF reads as LF.
-// Valid UTF-8 skips the decoding here, which spares converting the whole file
-// once more; everything else is decoded first.
+// Valid UTF-8 skips the decoder and its replacement of faulty bytes here;
+// everything else is decoded first.
 void setText(QXmlStreamReader &xml, const QByteArray &bytes)
 {
     const auto encoding = QStringConverter::encodingForData(bytes);

@@ -8,7 +8,8 @@ build="${BUILD_DIR:-$src/build-test}"
 
 bash "$src/scripts/setup.sh"
 
-echo "test: $(g++ --version | head -n1), $(cmake --version | head -n1)"
+qt="$(qmake6 -query QT_VERSION 2>/dev/null || dpkg-query -W -f='${Version}' qt6-base-dev)"
+echo "test: Qt $qt, $(g++ --version | head -n1), $(cmake --version | head -n1)"
 rm -rf "$build"
 cmake -S "$src" -B "$build" -DCMAKE_BUILD_TYPE=Release -DZY_WARNINGS_AS_ERRORS=ON
 cmake --build "$build" --parallel "$(nproc)"

@@ -6,6 +6,36 @@
 
 namespace ZyHelp {
 
+namespace {
+
+// The text without UTF-16 surrogates that are not part of a pair. Such a
+// surrogate cannot be written as XML: Qt 6.11's writer drops it, but Qt 6.4's
+// loses everything written after it (names, text, end tags), so the writer
+// drops it first and both give the same file.
+QString withoutLoneSurrogates(const QString &text)
+{
+    const qsizetype size = text.size();
+    QString result;
+    qsizetype copied = 0; // text before this index is in result
+    for (qsizetype i = 0; i < size; ++i) {
+        const QChar c = text.at(i);
+        if (!c.isSurrogate())
+            continue;
+        if (c.isHighSurrogate() && i + 1 < size && text.at(i + 1).isLowSurrogate()) {
+            ++i; // a pair
+            continue;
+        }
+        result.append(QStringView(text).sliced(copied, i - copied));
+        copied = i + 1;
+    }
+    if (copied == 0)
+        return text;
+    result.append(QStringView(text).sliced(copied));
+    return result;
+}
+
+} // namespace
+
 HelpWriter::HelpWriter() = default;
 
 bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
@@ -21,17 +51,18 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
     xml.writeStartDocument();
 
     xml.writeStartElement(QStringLiteral("zyhelp"));
-    xml.writeAttribute(QStringLiteral("version"), data.version);
-    xml.writeAttribute(QStringLiteral("author"), data.author);
+    xml.writeAttribute(QStringLiteral("version"), withoutLoneSurrogates(data.version));
+    xml.writeAttribute(QStringLiteral("author"), withoutLoneSurrogates(data.author));
 
     for (auto it = data.languages.cbegin(), end = data.languages.cend(); it != end; ++it) {
         xml.writeStartElement(QStringLiteral("lang"));
-        xml.writeAttribute(QStringLiteral("name"), it.key());
-        xml.writeTextElement(QStringLiteral("description"), it->description);
+        xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(it.key()));
+        xml.writeTextElement(QStringLiteral("description"),
+                            withoutLoneSurrogates(it->description));
         for (const HelpSection &section : it->sections) {
             xml.writeStartElement(QStringLiteral("section"));
-            xml.writeAttribute(QStringLiteral("name"), section.name);
-            xml.writeCharacters(section.content);
+            xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(section.name));
+            xml.writeCharacters(withoutLoneSurrogates(section.content));
             xml.writeEndElement();
         }
         xml.writeEndElement();
@@ -39,7 +70,7 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
 
     for (const QString &link : data.links) {
         xml.writeStartElement(QStringLiteral("link"));
-        xml.writeAttribute(QStringLiteral("page"), link);
+        xml.writeAttribute(QStringLiteral("page"), withoutLoneSurrogates(link));
         xml.writeEndElement();
     }
 

@@ -66,10 +66,64 @@ remove_root() {
     rm -rf --one-file-system "$dir"
 }
 
+# Long commands run as a child that the script waits for, so that a signal
+# reaches the traps at once instead of after the command.
+child=""
+run_child() {
+    local status=0
+    "$@" 9>&- & # the lock stays with this script, not with what it starts
+    child=$!
+    wait "$child" || status=$?
+    child=""
+    return "$status"
+}
+
+# Process ids whose parent is $1 (from /proc, so no procps is needed).
+children_of() {
+    local stat rest
+    for stat in /proc/[0-9]*/stat; do
+        rest="$(cat "$stat" 2>/dev/null)" || continue
+        rest="${rest##*) }" # after the command name: state ppid ...
+        rest="${rest#* }"
+        [ "${rest%% *}" = "$1" ] && { stat="${stat#/proc/}"; echo "${stat%/stat}"; }
+    done
+    return 0
+}
+
+# Ends a process and everything it started, by process id.
+kill_tree() {
+    local pid="$1" c
+    kill -STOP "$pid" 2>/dev/null || return 0
+    for c in $(children_of "$pid"); do
+        kill_tree "$c"
+    done
+    kill -TERM "$pid" 2>/dev/null || true
+    kill -CONT "$pid" 2>/dev/null || true
+}
+
+# Kills what still runs inside a root (its /proc/PID/root points there).
+kill_in_root() {
+    local dir pid_dir
+    dir="$(realpath -m "$1")"
+    for pid_dir in /proc/[0-9]*; do
+        [ "$(readlink "$pid_dir/root" 2>/dev/null)" = "$dir" ] && kill -KILL "${pid_dir#/proc/}" 2>/dev/null
+    done
+    return 0
+}
+
 mounted=()
 cleanup() {
     local status=$? i
     trap - EXIT INT TERM ERR
+    if [ -n "$child" ]; then
+        kill_tree "$child"
+        sleep 1
+        wait "$child" 2>/dev/null || true
+    fi
+    if [ "$locked" = 1 ]; then
+        [ -z "$tmp" ] || kill_in_root "$tmp"
+        kill_in_root "$root"
+    fi
     for ((i = ${#mounted[@]} - 1; i >= 0; i--)); do
         umount "${mounted[i]}" 2>/dev/null || umount -l "${mounted[i]}" 2>/dev/null ||
             echo "test-forky: could not unmount ${mounted[i]}" >&2
@@ -88,7 +142,7 @@ locked=0
 trap cleanup EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
-trap 'exit 1' ERR
+trap 'exit $?' ERR
 
 mount_in_root() {   # mount_in_root TARGET MOUNT-ARGS...
     local target="$1"
@@ -141,7 +195,7 @@ make_root() {
     for attempt in 1 2; do
         remove_root "$tmp"
         log "making the $suite root in $tmp (attempt $attempt)"
-        if debootstrap --variant=minbase --include="$package_list" \
+        if run_child debootstrap --variant=minbase --include="$package_list" \
             "$suite" "$tmp" "$mirror" "$script"; then
             break
         fi
@@ -174,6 +228,7 @@ fi
 locked=1
 
 # Leftovers of a run that was killed before its cleanup.
+kill_in_root "$root"
 unmount_all_under "$root" || die "cannot unmount what a previous run left in $root"
 
 start=$SECONDS
@@ -198,5 +253,5 @@ if touch "$root/src/.zy-write-test" 2>/dev/null; then
     die "the source folder is writable inside the root"
 fi
 
-in_root "$root" env CI="${CI:-}" BUILD_DIR=/build bash /src/scripts/test.sh
+run_child in_root "$root" env CI="${CI:-}" BUILD_DIR=/build bash /src/scripts/test.sh
 log "forky leg passed (Qt $qt_version)"

@@ -176,11 +176,12 @@ struct InputSeen
     QInputDialog::InputMode inputMode = QInputDialog::IntInput;
 };
 
-// Confirms a text input dialog with the given text, or cancels it when cancel is set.
-inline ModalDriver::Step enterText(const QString &text, InputSeen *seen = nullptr,
-                                   bool cancel = false)
+namespace Detail {
+enum class InputAnswer { Text, Keep, Cancel };
+
+inline ModalDriver::Step answerInput(InputAnswer answer, const QString &text, InputSeen *seen)
 {
-    return [text, seen, cancel](QWidget *window) {
+    return [answer, text, seen](QWidget *window) {
         auto *input = qobject_cast<QInputDialog *>(window);
         if (seen) {
             seen->className = QString::fromLatin1(window->metaObject()->className());
@@ -196,18 +197,32 @@ inline ModalDriver::Step enterText(const QString &text, InputSeen *seen = nullpt
             seen->echoMode = input->textEchoMode();
             seen->inputMode = input->inputMode();
         }
-        if (cancel) {
+        if (answer == InputAnswer::Cancel) {
             input->reject();
             return;
         }
-        input->setTextValue(text);
+        if (answer == InputAnswer::Text)
+            input->setTextValue(text);
         input->accept();
     };
+}
+} // namespace Detail
+
+// Confirms a text input dialog with the given text.
+inline ModalDriver::Step enterText(const QString &text, InputSeen *seen = nullptr)
+{
+    return Detail::answerInput(Detail::InputAnswer::Text, text, seen);
+}
+
+// Confirms a text input dialog with the text it was opened with.
+inline ModalDriver::Step acceptInput(InputSeen *seen = nullptr)
+{
+    return Detail::answerInput(Detail::InputAnswer::Keep, QString(), seen);
 }
 
 inline ModalDriver::Step cancelInput(InputSeen *seen = nullptr)
 {
-    return enterText(QString(), seen, true);
+    return Detail::answerInput(Detail::InputAnswer::Cancel, QString(), seen);
 }
 
 // What a step saw of a file dialog.

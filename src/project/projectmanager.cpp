@@ -1,4 +1,5 @@
 #include "projectmanager.h"
+#include "pathkey.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -6,37 +7,180 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QSet>
 #include <QTextStream>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
+#include <algorithm>
+
 namespace ZyHelp {
+
+namespace Internal {
 
 namespace {
 
-// A key under which two paths are equal exactly when QString::compare finds them
-// equal ignoring case: each UTF-16 unit folded on its own, with a low surrogate
-// folded as part of its pair. Full case folding ("ß" to "ss") would merge paths
-// that the comparison keeps apart, so the single-character folding is used.
-QString caseKey(const QString &path)
+// Folds one UTF-16 unit the way the case-insensitive comparison does: on its
+// own, or, for a low surrogate that follows a high one, as part of the pair.
+// Full case folding ("ß" to "ss") would merge strings that the comparison
+// keeps apart, so this is the simple one-character folding. A pair keeps its
+// high surrogate and yields the low half of the folded pair: case pairs
+// beyond the BMP share their high surrogate.
+inline char16_t foldUnit(char16_t unit, char16_t last)
 {
-    QString key = path;
-    char16_t *units = reinterpret_cast<char16_t *>(key.data());
-    const qsizetype size = key.size();
+    if (unit < 0x80)
+        return unit >= u'A' && unit <= u'Z' ? char16_t(unit + 0x20) : unit;
+    if (QChar::isLowSurrogate(unit) && QChar::isHighSurrogate(last))
+        return QChar::lowSurrogate(QChar::toCaseFolded(QChar::surrogateToUcs4(last, unit)));
+    return char16_t(QChar::toCaseFolded(char32_t(unit)));
+}
+
+// Whether the path holds a "." at all, and so possibly a "." or ".." segment.
+// Written without an early exit, so that the compiler can scan several units
+// at once: the paths are short.
+bool containsDot(QStringView path)
+{
+    const char16_t *const units = path.utf16();
+    bool dot = false;
+    for (qsizetype i = 0; i < path.size(); ++i)
+        dot |= units[i] == u'.';
+    return dot;
+}
+
+// source and target may be the same.
+void foldUnits(const char16_t *source, char16_t *target, qsizetype size)
+{
     char16_t last = 0;
     for (qsizetype i = 0; i < size; ++i) {
-        const char16_t unit = units[i];
-        if (QChar::isLowSurrogate(unit) && QChar::isHighSurrogate(last))
-            units[i] = QChar::lowSurrogate(QChar::toCaseFolded(QChar::surrogateToUcs4(last, unit)));
-        else if (unit >= 0x80 || (unit >= u'A' && unit <= u'Z'))
-            units[i] = char16_t(QChar::toCaseFolded(char32_t(unit)));
+        const char16_t unit = source[i];
+        target[i] = foldUnit(unit, last);
         last = unit;
     }
-    return key;
 }
 
 } // namespace
+
+QString caseKey(const QString &text)
+{
+    QString key = text;
+    foldUnits(reinterpret_cast<const char16_t *>(text.constData()),
+              reinterpret_cast<char16_t *>(key.data()), key.size());
+    return key;
+}
+
+QString cleanCaseKey(QStringView path)
+{
+    if (!isCleanPath(path))
+        return caseKey(QDir::cleanPath(path.toString()));
+    QString key(path.size(), Qt::Uninitialized);
+    foldUnits(path.utf16(), reinterpret_cast<char16_t *>(key.data()), path.size());
+    return key;
+}
+
+bool isCleanPath(QStringView path)
+{
+    const char16_t *const begin = path.utf16();
+    const char16_t *const end = begin + path.size();
+    qsizetype segmentLength = 0;
+    qsizetype segmentDots = 0;
+    for (const char16_t *p = begin; p != end; ++p) {
+        const char16_t unit = *p;
+        if (unit == u'/') {
+            if (segmentLength == 0 && p != begin) // "//"
+                return false;
+            if (segmentLength == segmentDots && segmentLength > 0 && segmentLength <= 2)
+                return false; // a "." or ".." segment
+            segmentLength = 0;
+            segmentDots = 0;
+        } else if (unit == u'\\' || unit == u':') {
+            // native separators and drive or resource prefixes: left to QDir
+            return false;
+        } else {
+            ++segmentLength;
+            if (unit == u'.')
+                ++segmentDots;
+        }
+    }
+    if (segmentLength == 0) // empty, "/", or a final "/" that cleaning drops
+        return path.size() <= 1;
+    return !(segmentLength == segmentDots && segmentLength <= 2);
+}
+
+QString cleanPath(const QString &path)
+{
+    return isCleanPath(path) ? path : QDir::cleanPath(path);
+}
+
+RelativePaths::RelativePaths(const QString &root)
+    : m_root(root)
+{
+    if (QDir::isAbsolutePath(root) && isCleanPath(root))
+        m_prefix = root.endsWith(u'/') ? root : root + u'/';
+}
+
+QString RelativePaths::relativeFilePath(const QString &path) const
+{
+    if (!m_prefix.isEmpty() && path.size() > m_prefix.size() && path.startsWith(m_prefix)) {
+        const QStringView rest = QStringView(path).mid(m_prefix.size());
+        if (rest.front() != u'/' && isCleanPath(rest))
+            return rest.toString();
+    }
+    return m_root.relativeFilePath(path);
+}
+
+CandidateSet::CandidateSet(const QStringList &candidates)
+{
+    m_firstEqual.reserve(candidates.size());
+    m_firstIndex.reserve(candidates.size());
+    for (qsizetype i = 0; i < candidates.size(); ++i) {
+        const QString key = caseKey(candidates.at(i));
+        qsizetype first = m_firstIndex.value(key, -1);
+        if (first < 0) {
+            first = i;
+            m_firstIndex.insert(key, i);
+        }
+        m_firstEqual.append(first);
+        if (i == 0) {
+            m_prefix = key;
+        } else {
+            const auto differ = std::mismatch(m_prefix.cbegin(), m_prefix.cend(), key.cbegin(),
+                                              key.cend());
+            m_prefix.truncate(differ.first - m_prefix.cbegin());
+        }
+    }
+}
+
+qsizetype CandidateSet::indexOf(QStringView entry) const
+{
+    // Cleaning never lengthens a path, and every key begins with m_prefix.
+    const qsizetype prefixSize = m_prefix.size();
+    if (entry.isEmpty() || entry.size() < prefixSize)
+        return -1;
+
+    // Most lines of a long list differ from the candidates within their first
+    // few units. Such a line is settled without computing its key where
+    // cleaning cannot change it up to the first differing unit: nothing before
+    // is a separator, a doubled "/" or a drive colon, and there is no "." or
+    // ".." segment that could remove an earlier part.
+    const char16_t *const units = entry.utf16();
+    const auto *const prefix = reinterpret_cast<const char16_t *>(m_prefix.constData());
+    char16_t last = 0;
+    for (qsizetype i = 0; i < prefixSize; ++i) {
+        const char16_t unit = units[i];
+        if (unit == u'\\' || unit == u':' || (unit == u'/' && last == u'/'))
+            break;
+        if (foldUnit(unit, last) != prefix[i]) {
+            if (!containsDot(entry) || isCleanPath(entry))
+                return -1;
+            break;
+        }
+        last = unit;
+    }
+
+    const auto found = m_firstIndex.constFind(cleanCaseKey(entry));
+    return found == m_firstIndex.cend() ? -1 : found.value();
+}
+
+} // namespace Internal
 
 ProjectManager::ProjectManager() = default;
 ProjectManager::~ProjectManager() = default;
@@ -78,7 +222,7 @@ bool ProjectManager::saveProject()
 void ProjectManager::refreshFileList()
 {
     m_files.clear();
-    const QDir root(m_rootPath);
+    const Internal::RelativePaths root(m_rootPath);
     QDirIterator it(m_rootPath, {QStringLiteral("*.zyhelp")}, QDir::Files,
                     QDirIterator::Subdirectories);
     while (it.hasNext())
@@ -116,33 +260,39 @@ void ProjectManager::registerPathInGlobalConfig()
     const QString listPath = QDir(QCoreApplication::applicationDirPath())
                                  .filePath(QStringLiteral("Path"));
 
-    QSet<QString> known;
+    // The candidates are collected before the list is read, so that each line
+    // is looked up among the few candidates instead of every line being kept
+    // for a list that only ever grows. Neither step depends on the other.
+    QStringList candidates{Internal::cleanPath(m_rootPath)};
+    QDirIterator it(m_rootPath, QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        candidates.append(Internal::cleanPath(it.next()));
+    const Internal::CandidateSet candidateSet(candidates);
+
+    // known[i]: candidate i, or one equal to it, is in the list already.
+    QList<bool> known(candidates.size(), false);
     QFile file(listPath);
     if (file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         QTextStream in(&file);
         QString line;
         while (in.readLineInto(&line)) {
-            const QString entry = line.trimmed();
-            if (!entry.isEmpty())
-                known.insert(caseKey(QDir::cleanPath(entry)));
+            const qsizetype index = candidateSet.indexOf(QStringView(line).trimmed());
+            if (index >= 0)
+                known[index] = true;
         }
         file.close();
     }
 
-    QStringList candidates{QDir::cleanPath(m_rootPath)};
-    QDirIterator it(m_rootPath, QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        candidates.append(QDir::cleanPath(it.next()));
-
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))
         return;
     QTextStream out(&file);
-    for (const QString &candidate : std::as_const(candidates)) {
-        const QString key = caseKey(candidate);
-        if (known.contains(key))
+    for (qsizetype i = 0; i < candidates.size(); ++i) {
+        const qsizetype first = candidateSet.firstEqual(i);
+        if (known.at(first))
             continue;
+        known[first] = true;
+        const QString &candidate = candidates.at(i);
         out << QDir::toNativeSeparators(candidate) << '\n';
-        known.insert(key);
         qDebug() << "Registriere Unterordner:" << candidate;
     }
     out.flush();

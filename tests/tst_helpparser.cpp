@@ -55,6 +55,16 @@ QString xmlErrorOf(const QByteArray &bytes)
     return xml.errorString();
 }
 
+// The same for the decoded text, which the reader reads whatever encoding the
+// declaration names.
+QString xmlErrorOfText(const QString &text)
+{
+    QXmlStreamReader xml(text);
+    while (!xml.atEnd() && !xml.hasError())
+        xml.readNext();
+    return xml.errorString();
+}
+
 QByteArray cutAfter(const QByteArray &bytes, const QByteArray &marker, int occurrence)
 {
     qsizetype at = -1;
@@ -157,6 +167,8 @@ private slots:
     void encodings();
     void bothDecodingPaths_data();
     void bothDecodingPaths();
+    void readsBytesAsDecodedText_data();
+    void readsBytesAsDecodedText();
     void deepNesting_data();
     void deepNesting();
     void entityExpansionIsBounded_data();
@@ -613,6 +625,60 @@ void TstHelpParser::bothDecodingPaths()
     QCOMPARE(dump(results[1]), dump(expected));
     QCOMPARE(warnings[0].size(), faulty ? 1 : 0);
     QCOMPARE(warnings[1], warnings[0]);
+}
+
+void TstHelpParser::readsBytesAsDecodedText_data()
+{
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<HelpData>("expected");
+
+    const QByteArray body = QByteArray(R"(<zyhelp version="1" author="Zoë"/>)");
+    const HelpData data = document("1", QString::fromUtf8("Zoë"));
+
+    QTest::newRow("no declaration") << body << data;
+    QTest::newRow("declaration without encoding") << "<?xml version=\"1.0\"?>" + body << data;
+    QTest::newRow("lower case utf-8") << "<?xml version=\"1.0\" encoding=\"utf-8\"?>" + body << data;
+    QTest::newRow("single quotes, blanks around =")
+        << "<?xml version='1.0' encoding = 'UTF-8'?>\n" + body << data;
+    QTest::newRow("ISO-8859-1 in single quotes")
+        << "<?xml version='1.0' encoding='ISO-8859-1'?>" + body << data;
+    QTest::newRow("ISO-8859-1 after blanks around =")
+        << "<?xml version=\"1.0\" encoding\n=\t\"ISO-8859-1\" standalone=\"yes\"?>" + body << data;
+    QTest::newRow("windows-1252") << "<?xml version=\"1.0\" encoding=\"windows-1252\"?>" + body << data;
+    QTest::newRow("two BOMs before a declaration naming ISO-8859-1")
+        << "\xEF\xBB\xBF\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + body << data;
+    QTest::newRow("declaration not at the start")
+        << " <?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + body << HelpData();
+    QTest::newRow("unterminated declaration")
+        << QByteArray("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"") << HelpData();
+    QTest::newRow("two bytes") << QByteArray("ab") << HelpData();
+    QTest::newRow("three bytes") << QByteArray("<a>") << HelpData();
+    QTest::newRow("NUL first") << QByteArray("\0<zyhelp version=\"1\"/>", 21) << HelpData();
+    QTest::newRow("NUL second") << QByteArray("<\0zyhelp version=\"1\"/>", 21) << HelpData();
+}
+
+// Valid UTF-8 skips the decoder on its way to the XML reader, and the reader,
+// given bytes, decodes them by what the declaration names; the result and the
+// warning must be those of the decoded text all the same.
+void TstHelpParser::readsBytesAsDecodedText()
+{
+    QFETCH(QByteArray, input);
+    QFETCH(HelpData, expected);
+
+    QVERIFY(input.isValidUtf8());
+    // The decoder drops a first byte order mark; the text reader a second one.
+    const QString error = xmlErrorOfText(QString::fromUtf8(input));
+    const QString path = m_dir.filePath("utf8.zyhelp");
+
+    WarningCollector collector;
+    const HelpData read = parseBytes(input, "utf8.zyhelp");
+    const QStringList warnings = collector.messages();
+
+    QCOMPARE(dump(read), dump(expected));
+    if (error.isEmpty())
+        QCOMPARE(warnings, QStringList());
+    else
+        QCOMPARE(warnings, QStringList("XML Parsing Fehler in \"" + path + "\" : \"" + error + '"'));
 }
 
 void TstHelpParser::deepNesting_data()

@@ -255,6 +255,19 @@ hinten
 </zyhelp>
 )";
 
+    // An unpaired surrogate cannot be written as XML; everything around it is.
+    const QString lone = QString::fromUtf16(u"a\xD800" "b\xDC00" "c\xD83D\xDE00");
+    QTest::newRow("unpaired surrogates dropped")
+        << document(lone, "", {{lone, {lone, {{lone, lone}}}}}, {lone})
+        << declaration + QByteArray(R"(<zyhelp version="abc😀" author="">
+    <lang name="abc😀">
+        <description>abc😀</description>
+        <section name="abc😀">abc😀</section>
+    </lang>
+    <link page="abc😀"/>
+</zyhelp>
+)");
+
     QTest::newRow("non-ASCII as UTF-8")
         << document(QString::fromUtf8("ä"), QString::fromUtf8("Jürgen 😀"),
                     {{QString::fromUtf8("ελ"), {QString::fromUtf8("Grüße"), {}}}})

@@ -55,8 +55,8 @@ QString xmlErrorOf(const QByteArray &bytes)
     return xml.errorString();
 }
 
-// The same for the decoded text, which the reader reads whatever encoding the
-// declaration names.
+// The error a bare XML reader reports for the decoded text, which it reads
+// whatever encoding the declaration names.
 QString xmlErrorOfText(const QString &text)
 {
     QXmlStreamReader xml(text);
@@ -92,9 +92,10 @@ const QByteArray sample = R"(<?xml version="1.0" encoding="UTF-8"?>
 </zyhelp>
 )";
 
-// The same content as the file above, without the XML declaration's encoding
-// mattering: the text holds characters whose UTF-16 code units contain the
-// byte 0x0D (U+010D, U+0D0A), which a byte-wise line end conversion would tear.
+// Encoded in UTF-8, UTF-16 or UTF-32 by the tests, while its declaration keeps
+// naming UTF-8, which the reader ignores. Its text holds characters whose UTF-16
+// code units contain the byte 0x0D (U+010D, U+0D0A), which a byte-wise line end
+// conversion would tear apart.
 const QString unicodeSample = QString::fromUtf8(R"(<?xml version="1.0" encoding="UTF-8"?>
 <zyhelp version="1" author="Zoë">
     <lang name="de">

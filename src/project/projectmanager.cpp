@@ -158,9 +158,9 @@ qsizetype CandidateSet::indexOf(QStringView entry) const
 
     // Most lines of a long list differ from the candidates within their first
     // few units. Such a line is settled without computing its key where
-    // cleaning cannot change it up to the first differing unit: nothing before
-    // is a separator, a doubled "/" or a drive colon, and there is no "." or
-    // ".." segment that could remove an earlier part.
+    // cleaning cannot change it up to the first differing unit: no backslash,
+    // colon or doubled "/" up to there, and no "." or ".." segment anywhere,
+    // since ".." removes the segment before it.
     const char16_t *const units = entry.utf16();
     const auto *const prefix = reinterpret_cast<const char16_t *>(m_prefix.constData());
     char16_t last = 0;
@@ -202,6 +202,9 @@ QStringList ProjectManager::files() const
 
 bool ProjectManager::saveProject()
 {
+    // Without a project there is no file; QFile would warn about the empty name.
+    if (m_projectFilePath.isEmpty())
+        return false;
     QFile file(m_projectFilePath);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
         return false;
@@ -311,6 +314,8 @@ bool ProjectManager::createProject(const QString &directory, const QString &name
 
 bool ProjectManager::openProject(const QString &path)
 {
+    if (path.isEmpty()) // cannot be opened; QFile would warn about the empty name
+        return false;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return false;

@@ -16,7 +16,7 @@ namespace {
 
 const int documentCount = 2000;
 const int sectionCount = 10;
-const int runs = 5;
+const int runs = 7;
 const QStringList languageKeys = {"de", "en", "fr"};
 
 // A few hundred characters over several lines, with characters the writer

@@ -12,6 +12,82 @@
 #include <QMessageBox>
 #include <QStyle>
 
+#include <array>
+
+namespace {
+
+// A document, language or section node. What it stands for is read through the
+// data roles of column 0 like on any node, but kept in members: QTreeWidgetItem
+// copies its whole list of roles on every setData, which made filling the tree
+// of a large project take half as long again as reading its documents.
+class ProjectItem : public QTreeWidgetItem
+{
+public:
+    ProjectItem(int kind, const QString &text, const QString &filePath)
+    {
+        setText(0, text);
+        m_roles[0] = kind;
+        m_roles[1] = filePath;
+    }
+    ProjectItem(int kind, const QString &text, const QString &filePath, const QString &langKey)
+        : ProjectItem(kind, text, filePath)
+    {
+        m_roles[2] = langKey;
+    }
+    ProjectItem(const QString &text, const QString &filePath, const QString &langKey,
+                int sectionIndex)
+        : ProjectItem(MainWindow::TypeSection, text, filePath, langKey)
+    {
+        m_roles[3] = sectionIndex;
+    }
+
+    QVariant data(int column, int role) const override
+    {
+        if (isOwnRole(column, role))
+            return m_roles[role - MainWindow::ItemTypeRole];
+        return QTreeWidgetItem::data(column, role);
+    }
+
+    void setData(int column, int role, const QVariant &value) override
+    {
+        if (!isOwnRole(column, role)) {
+            QTreeWidgetItem::setData(column, role, value);
+            return;
+        }
+        m_roles[role - MainWindow::ItemTypeRole] = value;
+        emitDataChanged();
+    }
+
+    QTreeWidgetItem *clone() const override { return new ProjectItem(*this); }
+
+private:
+    ProjectItem(const ProjectItem &other) = default;
+
+    static bool isOwnRole(int column, int role)
+    {
+        return column == 0 && role >= MainWindow::ItemTypeRole && role <= MainWindow::SectionIndexRole;
+    }
+
+    std::array<QVariant, 4> m_roles; // ItemTypeRole to SectionIndexRole
+};
+
+// The style's folder icon. Asking the style for it costs more than all the rest
+// of finding or making a folder node, so each style is asked once; the icon is
+// kept on the style and goes with it.
+QIcon folderIcon()
+{
+    QStyle *style = QApplication::style();
+    static const char key[] = "_zyhelp_folderIcon";
+    QVariant icon = style->property(key);
+    if (!icon.isValid()) {
+        icon = QVariant::fromValue(style->standardIcon(QStyle::SP_DirIcon));
+        style->setProperty(key, icon);
+    }
+    return icon.value<QIcon>();
+}
+
+} // namespace
+
 QTreeWidgetItem *getFolderItem(QTreeWidget *tree, QTreeWidgetItem *parent, const QString &name)
 {
     const int count = parent ? parent->childCount() : tree->topLevelItemCount();
@@ -25,7 +101,7 @@ QTreeWidgetItem *getFolderItem(QTreeWidget *tree, QTreeWidgetItem *parent, const
 
     auto *folder = new QTreeWidgetItem;
     folder->setText(0, name);
-    folder->setIcon(0, QApplication::style()->standardIcon(QStyle::SP_DirIcon));
+    folder->setIcon(0, folderIcon());
     folder->setData(0, MainWindow::ItemTypeRole, MainWindow::TypeFolder);
     if (parent)
         parent->addChild(folder);
@@ -88,26 +164,13 @@ void MainWindow::loadProjectView()
 
         // The document's nodes are filled before the file node joins the tree, so
         // the view is told about each document once, not about every node.
-        auto *fileItem = new QTreeWidgetItem;
-        fileItem->setText(0, fileName);
+        auto *fileItem = new ProjectItem(TypeFile, fileName, filePath);
         fileItem->setIcon(0, fileIcon);
-        fileItem->setData(0, ItemTypeRole, TypeFile);
-        fileItem->setData(0, FilePathRole, filePath);
-
         for (auto lang = document.languages.cbegin(); lang != document.languages.cend(); ++lang) {
-            auto *langItem = new QTreeWidgetItem(fileItem);
-            langItem->setText(0, lang.key());
-            langItem->setData(0, ItemTypeRole, TypeLanguage);
-            langItem->setData(0, FilePathRole, filePath);
-            langItem->setData(0, LangKeyRole, lang.key());
-            for (qsizetype i = 0; i < lang->sections.size(); ++i) {
-                auto *sectionItem = new QTreeWidgetItem(langItem);
-                sectionItem->setText(0, lang->sections.at(i).name);
-                sectionItem->setData(0, ItemTypeRole, TypeSection);
-                sectionItem->setData(0, FilePathRole, filePath);
-                sectionItem->setData(0, LangKeyRole, lang.key());
-                sectionItem->setData(0, SectionIndexRole, int(i));
-            }
+            auto *langItem = new ProjectItem(TypeLanguage, lang.key(), filePath, lang.key());
+            fileItem->addChild(langItem);
+            for (qsizetype i = 0; i < lang->sections.size(); ++i)
+                langItem->addChild(new ProjectItem(lang->sections.at(i).name, filePath, lang.key(), int(i)));
         }
 
         if (parent)

@@ -40,6 +40,8 @@ private slots:
     void linksAreEditedOnThePage();
     void linkButtonsNeedFileNode();
     void vanishedDocumentIsWrittenAgain();
+    void nodeOfMissingPartKeepsPage_data();
+    void nodeOfMissingPartKeepsPage();
 
 private:
     template<typename T>
@@ -682,6 +684,79 @@ void TstEditor::vanishedDocumentIsWrittenAgain()
     QVERIFY(pressKey(window, Qt::Key_S, Qt::ControlModifier));
     QCOMPARE(readFile(project.path("sub/a.zyhelp")), documentA());
     QCOMPARE(statusMessage(window), QStringLiteral("Gespeichert: a.zyhelp"));
+}
+
+void TstEditor::nodeOfMissingPartKeepsPage_data()
+{
+    QTest::addColumn<QStringList>("path");   // the node whose data is bent
+    QTest::addColumn<int>("role");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QStringList>("before"); // a node of the same kind, clicked first
+    QTest::addColumn<QString>("field");      // a field of the page and what it keeps
+    QTest::addColumn<QString>("kept");
+
+    const QStringList drei{"sub", "a.zyhelp", "de", "Drei"};
+    const QStringList eins{"sub", "a.zyhelp", "de", "Eins"};
+    QTest::newRow("section index past the end")
+        << drei << int(MainWindow::SectionIndexRole) << QVariant(3) << eins << "editSectionName" << "Eins";
+    QTest::newRow("negative section index")
+        << drei << int(MainWindow::SectionIndexRole) << QVariant(-1) << eins << "editSectionName" << "Eins";
+    QTest::newRow("section of a missing language")
+        << drei << int(MainWindow::LangKeyRole) << QVariant("xx") << eins << "editSectionName" << "Eins";
+    QTest::newRow("missing language")
+        << QStringList{"sub", "a.zyhelp", "de"} << int(MainWindow::LangKeyRole) << QVariant("xx")
+        << QStringList{"sub", "a.zyhelp", "en"} << "editLangDescription" << "Hello";
+    QTest::newRow("document not loaded")
+        << QStringList{"sub", "a.zyhelp"} << int(MainWindow::FilePathRole) << QVariant("/nicht/da.zyhelp")
+        << QStringList{"b.zyhelp"} << "editAuthor" << "Bert";
+}
+
+// A node whose document, language or section cannot be found shows its page with
+// the fields as they were; edits made there are taken over nowhere, and nothing is
+// added to the model for the missing part.
+void TstEditor::nodeOfMissingPartKeepsPage()
+{
+    QFETCH(QStringList, path);
+    QFETCH(int, role);
+    QFETCH(QVariant, value);
+    QFETCH(QStringList, before);
+    QFETCH(QString, field);
+    QFETCH(QString, kept);
+
+    Project project;
+    QVERIFY(project.addUsualDocuments());
+    MainWindow window;
+    QVERIFY(showWindow(window));
+    QVERIFY(openProject(window, project));
+
+    QTreeWidgetItem *bent = node(window, path);
+    const QString text = bent->text(0);
+    bent->setData(0, role, value);
+    QCOMPARE(bent->data(0, role), value);
+    const QString page =
+        widget<QStackedWidget>(window, "editorStack")->currentWidget()->objectName(); // pageEmpty
+    click(window, node(window, before));
+    const QString expectedPage =
+        widget<QStackedWidget>(window, "editorStack")->currentWidget()->objectName();
+    QVERIFY(expectedPage != page);
+    click(window, node(window, {"sub"}));
+    click(window, bent);
+    QCOMPARE(widget<QStackedWidget>(window, "editorStack")->currentWidget()->objectName(), expectedPage);
+    auto *edit = window.findChild<QLineEdit *>(field);
+    QCOMPARE(edit->text(), kept);
+
+    edit->setText(QStringLiteral("Neu"));
+    click(window, node(window, {"b.zyhelp", "de"})); // nothing to take over
+    QCOMPARE(bent->text(0), text);
+    click(window, node(window, before));
+    QCOMPARE(edit->text(), kept);
+    click(window, node(window, {"sub", "a.zyhelp", "en", "One"}));
+    action(window, "actionSave")->trigger();
+    QCOMPARE(readFile(project.path("sub/a.zyhelp")), documentA());
+    click(window, node(window, {"b.zyhelp"}));
+    action(window, "actionSave")->trigger();
+    QCOMPARE(readFile(project.path("b.zyhelp")), documentB());
+    QVERIFY(!QFile::exists(QStringLiteral("/nicht/da.zyhelp")));
 }
 
 QTEST_MAIN(TstEditor)

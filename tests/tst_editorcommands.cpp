@@ -49,6 +49,8 @@ private slots:
 
 private:
     static QStringList usualTree(const QStringList &aLanguages = {});
+
+    bool m_emptyMenusShown = true;
 };
 
 // The nodes of the usual project, with other lines for sub/a.zyhelp when given.
@@ -93,6 +95,7 @@ void TstEditorCommands::initTestCase()
 {
     // The toolkit's own file dialog, whatever the platform offers.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    m_emptyMenusShown = toolkitShowsEmptyMenus();
 }
 
 void TstEditorCommands::init()
@@ -137,21 +140,28 @@ void TstEditorCommands::contextMenuEntries()
     QTreeWidgetItem *item = node(window, path);
     QVERIFY(item);
     const QPoint pos = tree(window)->visualItemRect(item).center();
+    QCOMPARE(tree(window)->itemAt(pos + QPoint(30, 0)), item);
+    // Newer Qt versions do not pop up a menu without entries: then none may come.
+    const bool menuExpected = !entries.isEmpty() || m_emptyMenusShown;
     QStringList seen;
     QWidget *menuParent = nullptr;
     QPoint menuPos;
     ModalDriver driver;
-    driver.onPopup([&](QWidget *menu) {
-        menuParent = menu->parentWidget();
-        menuPos = menu->pos();
-        chooseMenuEntry(QString(), &seen)(menu);
-    });
-    rightClickAt(window, pos);
+    if (menuExpected) {
+        driver.onPopup([&](QWidget *menu) {
+            menuParent = menu->parentWidget();
+            menuPos = menu->pos();
+            chooseMenuEntry(QString(), &seen)(menu);
+        });
+    }
+    const QPoint clicked = rightClickAt(window, pos);
     QVERIFY2(driver.clean(), qPrintable(driver.report()));
     QCOMPARE(seen, entries);
-    QCOMPARE(menuParent, &window);
-    // Where the click was, give or take the pixel the offscreen platform rounds.
-    QVERIFY((menuPos - tree(window)->viewport()->mapToGlobal(pos)).manhattanLength() <= 2);
+    if (menuExpected) {
+        QCOMPARE(menuParent, &window);
+        // Where the click was, give or take the pixel the offscreen platform rounds.
+        QVERIFY((menuPos - tree(window)->viewport()->mapToGlobal(clicked)).manhattanLength() <= 2);
+    }
 
     QCOMPARE(dumpTree(tree(window), project.root()), usualTree());
     QCOMPARE(node(window, path), item); // closed without a choice: no rebuild

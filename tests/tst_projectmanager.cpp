@@ -177,6 +177,9 @@ void checkKeysAgainstCompare(QStringList strings)
         if (i > 0 && QString::compare(strings.at(i - 1), strings.at(i), Qt::CaseInsensitive) != 0)
             ++group;
         const QString key = Internal::caseKey(strings.at(i));
+        // The candidate lookup takes a unit equal to a folded one as folded.
+        if (Internal::caseKey(key) != key)
+            QFAIL("Folding twice gives another key");
         const auto found = groupOfKey.constFind(key);
         if (found == groupOfKey.cend())
             groupOfKey.insert(key, group);

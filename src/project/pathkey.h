@@ -57,6 +57,7 @@ private:
     QHash<QString, qsizetype> m_firstIndex; // by caseKey()
     QList<qsizetype> m_firstEqual;
     QString m_prefix; // the longest start that all keys share
+    bool m_plainPrefix = false; // m_prefix holds no "\\", ":" or "//"
 };
 
 } // namespace ZyHelp::Internal

@@ -350,6 +350,11 @@ void MainWindow::on_projectTree_customContextMenuRequested(const QPoint &pos)
     default:
         break;
     }
+    // A folder has no entries. Qt 6.4 opens an empty menu as an invisible popup
+    // that holds the input until it is closed, Qt 6.11 opens none: so none on
+    // every version.
+    if (menu.isEmpty())
+        return;
     menu.exec(ui->projectTree->mapToGlobal(pos));
 }
 

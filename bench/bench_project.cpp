@@ -65,7 +65,8 @@ QStringList makeTree(const QString &root, bool withFiles)
         const QString topName = QStringLiteral("Kapitel%1").arg(top, 2, 10, QLatin1Char('0'));
         folders.append(topName);
         for (int sub = 0; sub < subFoldersPerTop; ++sub)
-            folders.append(topName + QStringLiteral("/abschnitt%1").arg(sub, 2, 10, QLatin1Char('0')));
+            folders.append(topName
+                           + QStringLiteral("/abschnitt%1").arg(sub, 2, 10, QLatin1Char('0')));
     }
     const QDir dir(root);
     for (const QString &folder : std::as_const(folders)) {

@@ -765,8 +765,10 @@ void TstProjectManager::registerLinks()
     QVERIFY(QFile::link(QDir(outside).filePath(QStringLiteral("datei.txt")),
                         QDir(root).filePath(QStringLiteral("dateiverweis"))));
     // Two links that point at each other lead to no folder at all.
-    QVERIFY(QFile::link(QDir(root).filePath(QStringLiteral("b")), QDir(root).filePath(QStringLiteral("a"))));
-    QVERIFY(QFile::link(QDir(root).filePath(QStringLiteral("a")), QDir(root).filePath(QStringLiteral("b"))));
+    const QString a = QDir(root).filePath(QStringLiteral("a"));
+    const QString b = QDir(root).filePath(QStringLiteral("b"));
+    QVERIFY(QFile::link(b, a));
+    QVERIFY(QFile::link(a, b));
 
     const QStringList subfolders = subfoldersOnDisk(root);
     QStringList sortedSubfolders = subfolders;
@@ -824,8 +826,10 @@ void TstProjectManager::refreshesSortedList_data()
         << QStringList{"zusatz.zyhelp", "anleitung.zyhelp", "Zusatz.zyhelp", "Anleitung.zyhelp"}
         << QStringList{"Anleitung.zyhelp", "Zusatz.zyhelp", "anleitung.zyhelp", "zusatz.zyhelp"};
     QTest::newRow("slash before digits and letters")
-        << QStringList{"kapitel2.zyhelp", "kapitelb.zyhelp", "kapitel/a.zyhelp", "kapitel-c.zyhelp"}
-        << QStringList{"kapitel-c.zyhelp", "kapitel/a.zyhelp", "kapitel2.zyhelp", "kapitelb.zyhelp"};
+        << QStringList{"kapitel2.zyhelp", "kapitelb.zyhelp", "kapitel/a.zyhelp",
+                       "kapitel-c.zyhelp"}
+        << QStringList{"kapitel-c.zyhelp", "kapitel/a.zyhelp", "kapitel2.zyhelp",
+                       "kapitelb.zyhelp"};
     QTest::newRow("by code units")
         << QStringList{QStringLiteral("ä.zyhelp"), QStringLiteral("Ü.zyhelp"), "z.zyhelp"}
         << QStringList{"z.zyhelp", QStringLiteral("Ü.zyhelp"), QStringLiteral("ä.zyhelp")};

@@ -282,19 +282,6 @@ inline void rightClick(QMainWindow &window, QTreeWidgetItem *item)
     rightClickAt(window, treeWidget->visualItemRect(item).center());
 }
 
-// Whether this Qt version pops up a menu that has no entries at all.
-inline bool toolkitShowsEmptyMenus()
-{
-    QMenu menu;
-    bool shown = false;
-    QTimer::singleShot(0, &menu, [&] {
-        shown = menu.isVisible();
-        menu.close();
-    });
-    menu.exec(QPoint(10, 10));
-    return shown;
-}
-
 inline QString statusMessage(QMainWindow &window)
 {
     return window.statusBar()->currentMessage();

@@ -49,8 +49,6 @@ private slots:
 
 private:
     static QStringList usualTree(const QStringList &aLanguages = {});
-
-    bool m_emptyMenusShown = true;
 };
 
 // The nodes of the usual project, with other lines for sub/a.zyhelp when given.
@@ -95,7 +93,6 @@ void TstEditorCommands::initTestCase()
 {
     // The toolkit's own file dialog, whatever the platform offers.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    m_emptyMenusShown = toolkitShowsEmptyMenus();
 }
 
 void TstEditorCommands::init()
@@ -141,8 +138,9 @@ void TstEditorCommands::contextMenuEntries()
     QVERIFY(item);
     const QPoint pos = tree(window)->visualItemRect(item).center();
     QCOMPARE(tree(window)->itemAt(pos + QPoint(30, 0)), item);
-    // Newer Qt versions do not pop up a menu without entries: then none may come.
-    const bool menuExpected = !entries.isEmpty() || m_emptyMenusShown;
+    // A node without entries (a folder) opens no menu at all: Qt 6.4 would show an
+    // invisible empty popup that holds the input, newer versions show none.
+    const bool menuExpected = !entries.isEmpty();
     QStringList seen;
     QWidget *menuParent = nullptr;
     QPoint menuPos;

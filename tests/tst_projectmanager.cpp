@@ -1204,10 +1204,12 @@ void TstProjectManager::candidateLookup()
     const QStringList starts{"", "/tmp/Proj", "/TMP/proj", "/tmp/./Proj", "/tmp//Proj",
                              "/tmp/x/../Proj", "/tmp/Pro", "/tmp/Projx", "/home/a", "/tmp/Proj/",
                              "\\tmp\\Proj", "/tmp/Proj/..", "/tmp/Proj/../Proj", "x", "X/y/..",
-                             "./y", "/", "//", "/a", " /tmp/Proj"};
+                             "./y", "/", "//", "/a", " /tmp/Proj", "/tmp/.", "/tmp/./x/..",
+                             "/home/./a", "/tmp/Pr./oj", "/tmp/Proj/./.."};
     const QStringList ends{"", "/Kapitel", "/kapitel/", "/KAPITEL/.", "/kapitel/../bilder",
                            "/bilder", "/Bilder/x", QStringLiteral("/STRAẞE"), "/STRASSE",
-                           "/kapitel/unter", "/z", "/Y", "/."};
+                           "/kapitel/unter", "/z", "/Y", "/.", "/./Kapitel", "/x/../..",
+                           "/a..b", "/..."};
     for (const QStringList &candidates : candidateLists) {
         const Internal::CandidateSet set(candidates);
         const auto scan = [&](const QString &path) -> qsizetype {

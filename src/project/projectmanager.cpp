@@ -175,7 +175,7 @@ qsizetype CandidateSet::indexOf(QStringView entry) const
     // Most lines of a long list differ from the candidates within their first
     // few units. Such a line is settled without computing its key where
     // cleaning cannot change it up to the first differing unit: no backslash,
-    // colon or doubled "/" up to there, and no "." or ".." segment anywhere,
+    // colon, doubled "/" or "." segment up to there, and no ".." anywhere,
     // since ".." removes the segment before it.
     const char16_t *const units = entry.utf16();
     const auto *const prefix = reinterpret_cast<const char16_t *>(m_prefix.constData());
@@ -190,8 +190,14 @@ qsizetype CandidateSet::indexOf(QStringView entry) const
         if (unit == u'\\' || unit == u':' || (unit == u'/' && last == u'/'))
             break; // cleaning may change this unit
         if (foldUnit(unit, last) != prefix[i]) {
-            if (!containsDot(entry) || isCleanPath(entry))
+            // Past the differing unit, a "." segment only removes itself;
+            // ".." could remove what came before it.
+            const QStringView head = entry.first(i + 1);
+            if (!containsDot(entry)
+                || (!head.contains(u'.'))
+                || isCleanPath(entry)) {
                 return -1;
+            }
             break;
         }
     }

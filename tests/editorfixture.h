@@ -63,8 +63,9 @@ inline void expectRegisteredOneOf(const QStringList &folders)
     QStringList alternatives;
     for (const QString &folder : folders)
         alternatives.append(QRegularExpression::escape(QDir::cleanPath(folder)));
-    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("^Registriere Unterordner: \"(%1)\"$")
-                                                            .arg(alternatives.join(QLatin1Char('|')))));
+    const QString pattern = QStringLiteral("^Registriere Unterordner: \"(%1)\"$")
+                                .arg(alternatives.join(QLatin1Char('|')));
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(pattern));
 }
 
 // The program's own warnings; a test that expects one says so with ignoreMessage.

@@ -315,9 +315,9 @@ void TstEditor::clickShowsPage_data()
                               << QStringList{"editLangDescription=Hello"};
     QTest::newRow("section") << QStringList{"sub", "a.zyhelp", "de", "Drei"} << "pageSection"
                              << QStringList{"editSectionName=Drei", "editContent=Text drei\nZeile zwei"};
-    QTest::newRow("section of second language") << QStringList{"sub", "a.zyhelp", "en", "One"}
-                                                << "pageSection"
-                                                << QStringList{"editSectionName=One", "editContent=Text one"};
+    QTest::newRow("section of second language")
+        << QStringList{"sub", "a.zyhelp", "en", "One"} << "pageSection"
+        << QStringList{"editSectionName=One", "editContent=Text one"};
     QTest::newRow("folder") << QStringList{"sub"} << "pageEmpty" << QStringList();
 }
 
@@ -390,7 +390,8 @@ void TstEditor::clickTakesPreviousEditsOver()
     QCOMPARE(readFile(project.path("sub/a.zyhelp")), documentA()); // nothing written yet
 
     action(window, "actionSave")->trigger();
-    QByteArray expected = replaced(documentA(), "version=\"2.1\" author=\"Anna\"", "version=\"\" author=\"Zoe\"");
+    QByteArray expected = replaced(documentA(), "version=\"2.1\" author=\"Anna\"",
+                                   "version=\"\" author=\"Zoe\"");
     expected = replaced(expected, "<description>Hallo", "<description>Guten Tag");
     expected = replaced(expected, "<section name=\"Zwei\">Text zwei</section>",
                         "<section name=\"Zwei &lt;neu&gt;\">  a &amp; b\n</section>");
@@ -697,12 +698,14 @@ void TstEditor::nodeOfMissingPartKeepsPage_data()
 
     const QStringList drei{"sub", "a.zyhelp", "de", "Drei"};
     const QStringList eins{"sub", "a.zyhelp", "de", "Eins"};
+    const int index = MainWindow::SectionIndexRole;
     QTest::newRow("section index past the end")
-        << drei << int(MainWindow::SectionIndexRole) << QVariant(3) << eins << "editSectionName" << "Eins";
+        << drei << index << QVariant(3) << eins << "editSectionName" << "Eins";
     QTest::newRow("negative section index")
-        << drei << int(MainWindow::SectionIndexRole) << QVariant(-1) << eins << "editSectionName" << "Eins";
+        << drei << index << QVariant(-1) << eins << "editSectionName" << "Eins";
     QTest::newRow("section of a missing language")
-        << drei << int(MainWindow::LangKeyRole) << QVariant("xx") << eins << "editSectionName" << "Eins";
+        << drei << int(MainWindow::LangKeyRole) << QVariant("xx") << eins << "editSectionName"
+        << "Eins";
     QTest::newRow("missing language")
         << QStringList{"sub", "a.zyhelp", "de"} << int(MainWindow::LangKeyRole) << QVariant("xx")
         << QStringList{"sub", "a.zyhelp", "en"} << "editLangDescription" << "Hello";

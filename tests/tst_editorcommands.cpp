@@ -68,7 +68,8 @@ QStringList TstEditorCommands::usualTree(const QStringList &aLanguages)
 
 static QByteArray projectFile(const QString &name, const QStringList &files)
 {
-    QByteArray bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyproject name=\"" + name.toUtf8() + '"';
+    QByteArray bytes = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyproject name=\""
+                       + name.toUtf8() + '"';
     if (files.isEmpty())
         return bytes + "/>\n";
     bytes += ">\n";
@@ -86,7 +87,8 @@ static const QByteArray newDocument = "<?xml version=\"1.0\" encoding=\"UTF-8\"?
 
 static QString currentPage(QMainWindow &window)
 {
-    return window.findChild<QStackedWidget *>(QStringLiteral("editorStack"))->currentWidget()->objectName();
+    auto *stack = window.findChild<QStackedWidget *>(QStringLiteral("editorStack"));
+    return stack->currentWidget()->objectName();
 }
 
 void TstEditorCommands::initTestCase()
@@ -113,8 +115,9 @@ void TstEditorCommands::contextMenuEntries_data()
     QTest::addColumn<QStringList>("path");
     QTest::addColumn<QStringList>("entries");
 
-    QTest::newRow("document") << QStringList{"sub", "a.zyhelp"}
-                              << QStringList{"Sprache hinzufügen...", "-", "Aus Projekt entfernen (Löschen)"};
+    QTest::newRow("document")
+        << QStringList{"sub", "a.zyhelp"}
+        << QStringList{"Sprache hinzufügen...", "-", "Aus Projekt entfernen (Löschen)"};
     QTest::newRow("language") << QStringList{"sub", "a.zyhelp", "en"}
                               << QStringList{"Sektion hinzufügen...", "-", "Sprache löschen"};
     QTest::newRow("section") << QStringList{"sub", "a.zyhelp", "de", "Zwei"}
@@ -475,7 +478,8 @@ void TstEditorCommands::deleteDocument()
     rightClick(window, node(window, {"sub", "a.zyhelp"}));
     QVERIFY2(driver.clean(), qPrintable(driver.report()));
     QCOMPARE(box.title, QStringLiteral("Löschen"));
-    QCOMPARE(box.text, QStringLiteral("Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)"));
+    QCOMPARE(box.text,
+             QStringLiteral("Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)"));
     QCOMPARE(box.buttons, QMessageBox::Yes | QMessageBox::No);
 
     if (answer == QMessageBox::No) {
@@ -709,7 +713,8 @@ void TstEditorCommands::newFile()
     action(window, "actionNewFile")->trigger();
     QVERIFY2(driver.clean(), qPrintable(driver.report()));
     QCOMPARE(dialog.title, QStringLiteral("Neue Datei"));
-    QCOMPARE(QFileInfo(dialog.directory).canonicalFilePath(), QFileInfo(project.root()).canonicalFilePath());
+    QCOMPARE(QFileInfo(dialog.directory).canonicalFilePath(),
+             QFileInfo(project.root()).canonicalFilePath());
     QCOMPARE(dialog.nameFilters, QStringList{"Hilfe (*.zyhelp)"});
     QCOMPARE(dialog.acceptMode, QFileDialog::AcceptSave);
     QVERIFY(!dialog.options.testFlag(QFileDialog::DontConfirmOverwrite));

@@ -207,7 +207,8 @@ void TstMainWindow::layoutHoldsItemsInOrder_data()
                              << QStringList{"lblLangHeader", "layout fl_lang", "spacer", "btnSaveLang"};
     QTest::newRow("fl_lang") << "vl_lang" << "fl_lang" << QStringList{"lblDesc|editLangDescription"};
     QTest::newRow("vl2") << "pageSection" << "vl2"
-                         << QStringList{"lblSecName", "editSectionName", "l3", "editContent", "btnSaveSection"};
+                         << QStringList{"lblSecName", "editSectionName", "l3", "editContent",
+                                        "btnSaveSection"};
 }
 
 void TstMainWindow::layoutHoldsItemsInOrder()

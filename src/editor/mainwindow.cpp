@@ -169,8 +169,10 @@ void MainWindow::loadProjectView()
         for (auto lang = document.languages.cbegin(); lang != document.languages.cend(); ++lang) {
             auto *langItem = new ProjectItem(TypeLanguage, lang.key(), filePath, lang.key());
             fileItem->addChild(langItem);
-            for (qsizetype i = 0; i < lang->sections.size(); ++i)
-                langItem->addChild(new ProjectItem(lang->sections.at(i).name, filePath, lang.key(), int(i)));
+            for (qsizetype i = 0; i < lang->sections.size(); ++i) {
+                langItem->addChild(
+                    new ProjectItem(lang->sections.at(i).name, filePath, lang.key(), int(i)));
+            }
         }
 
         if (parent)

@@ -194,7 +194,7 @@ qsizetype CandidateSet::indexOf(QStringView entry) const
             // ".." could remove what came before it.
             const QStringView head = entry.first(i + 1);
             if (!containsDot(entry)
-                || (!head.contains(u'.'))
+                || (!entry.contains(QStringLiteral("..")) && !head.contains(u'.'))
                 || isCleanPath(entry)) {
                 return -1;
             }

@@ -32,32 +32,6 @@ const int documentsPerFolder = 100; // 2,000 documents
 const QStringList languageKeys{QStringLiteral("de"), QStringLiteral("en"), QStringLiteral("fr")};
 const int sectionsPerLanguage = 10; // 34 nodes per document, about 68,000 in all
 
-// The global path list lies beside this executable: it is moved aside for the run
-// and put back afterwards, so the benchmark leaves no "Path" file behind.
-class PathFileGuard
-{
-public:
-    PathFileGuard()
-        : m_path(QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("Path")))
-        , m_backup(m_path + QStringLiteral(".zyhelpbench-editor"))
-    {
-        if (QFile::exists(m_path)) {
-            QFile::remove(m_backup);
-            m_hadFile = QFile::rename(m_path, m_backup);
-        }
-    }
-    ~PathFileGuard()
-    {
-        QFile::remove(m_path);
-        if (m_hadFile)
-            QFile::rename(m_backup, m_path);
-    }
-
-private:
-    QString m_path;
-    QString m_backup;
-    bool m_hadFile = false;
-};
 
 // Registration lines and the offscreen platform's notes would only blur the figures.
 QtMessageHandler previousHandler = nullptr;
@@ -167,7 +141,7 @@ int countNodes(QTreeWidgetItem *item)
 
 void benchEditor()
 {
-    PathFileGuard pathFile;
+    Bench::PathFileGuard pathFile;
     previousHandler = qInstallMessageHandler(quietHandler);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
 

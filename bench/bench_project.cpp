@@ -17,34 +17,6 @@ const int subFoldersPerTop = 49; // 20 + 20 * 49 = 1000 folders
 const int filesPerFolder = 20;   // half of them help documents
 const int pathFileLines = 100000;
 
-// The global path list lies beside this executable. It is moved aside for the
-// run and put back afterwards, so the benchmark leaves no "Path" file behind.
-class PathFileGuard
-{
-public:
-    PathFileGuard()
-        : m_path(QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("Path")))
-        , m_backup(m_path + QStringLiteral(".zyhelpbench-backup"))
-    {
-        if (QFile::exists(m_path)) {
-            QFile::remove(m_backup);
-            m_hadFile = QFile::rename(m_path, m_backup);
-        }
-    }
-    ~PathFileGuard()
-    {
-        QFile::remove(m_path);
-        if (m_hadFile)
-            QFile::rename(m_backup, m_path);
-    }
-
-    QString path() const { return m_path; }
-
-private:
-    QString m_path;
-    QString m_backup;
-    bool m_hadFile = false;
-};
 
 // The registration logs a debug line per new entry; the figures should not
 // include printing a thousand lines to the terminal.
@@ -150,7 +122,7 @@ void benchProject()
         std::printf("  cannot create a temporary folder\n");
         return;
     }
-    PathFileGuard pathFile;
+    Bench::PathFileGuard pathFile;
     const QtMessageHandler previousHandler = qInstallMessageHandler(discardMessages);
 
     // File list: refreshFileList against the bare walk that it is built on.

@@ -1,5 +1,7 @@
 #include "benchutil.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QTextStream>
 
@@ -31,6 +33,23 @@ double peakMemoryMiB()
             return line.mid(6).trimmed().section(QLatin1Char(' '), 0, 0).toDouble() / 1024.0;
     }
     return 0;
+}
+
+PathFileGuard::PathFileGuard()
+    : m_path(QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("Path")))
+    , m_backup(m_path + QStringLiteral(".zyhelpbench-backup"))
+{
+    if (QFile::exists(m_path)) {
+        QFile::remove(m_backup);
+        m_hadFile = QFile::rename(m_path, m_backup);
+    }
+}
+
+PathFileGuard::~PathFileGuard()
+{
+    QFile::remove(m_path);
+    if (m_hadFile)
+        QFile::rename(m_backup, m_path);
 }
 
 void printFigure(const QString &name, double value, const QString &unit)

@@ -15,6 +15,22 @@ double bestOfMs(int runs, const std::function<void()> &fn);
 // Peak resident memory of this process so far, in MiB (VmHWM).
 double peakMemoryMiB();
 
+// The global path list lies beside this executable. It is moved aside for the
+// run and put back afterwards, so the benchmark leaves no "Path" file behind.
+class PathFileGuard
+{
+public:
+    PathFileGuard();
+    ~PathFileGuard();
+
+    QString path() const { return m_path; }
+
+private:
+    QString m_path;
+    QString m_backup;
+    bool m_hadFile = false;
+};
+
 void printFigure(const QString &name, double value, const QString &unit);
 void printRatio(const QString &name, double ratio, double target);
 

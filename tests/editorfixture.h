@@ -262,9 +262,10 @@ inline void click(QMainWindow &window, QTreeWidgetItem *item)
 }
 
 // A right click as the window system delivers it, so the tree gets a real
-// context menu request. Two clicks at one place in short order make a double
-// click, which newer Qt versions do not turn into a context menu request, so
-// every other click lands a little to the right; returns where it landed.
+// context menu request. Newer Qt versions drop the request of a right click
+// that lands exactly where the previous click did, even seconds apart (the
+// pointer did not move), so every other click lands a little to the right;
+// returns where it landed.
 inline QPoint rightClickAt(QMainWindow &window, const QPoint &viewportPos)
 {
     static int clicks = 0;

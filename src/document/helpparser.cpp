@@ -13,34 +13,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Valid UTF-8 goes to the XML reader as a string, so an encoding named in the
-// declaration does not reinterpret it. Locking the reader with an empty string
-// and then adding the bytes works with Qt 6.4, but Qt 6.11 decodes the
-// bytes with the declared encoding all the same.
-void addUtf8(QXmlStreamReader &xml, const QByteArray &utf8)
-{
-    xml.addData(QString::fromUtf8(utf8));
-}
-
 // The file's text is UTF-8 whatever its XML declaration names; only a byte order
 // mark switches to the encoding it marks, and undecodable bytes become U+FFFD.
+// The reader gets a string, so the declaration cannot reinterpret the text.
 // Carriage returns are dropped from the decoded text, so CR LF reads as LF.
-// Valid UTF-8 skips the decoder and its replacement of faulty bytes here;
-// everything else is decoded first.
 void setText(QXmlStreamReader &xml, const QByteArray &bytes)
 {
     const auto encoding = QStringConverter::encodingForData(bytes);
-    if (!encoding || *encoding == QStringConverter::Utf8) {
-        // A UTF-8 byte order mark is not part of the text.
-        QByteArray body = encoding ? bytes.sliced(3) : bytes;
-        if (QByteArrayView(body).isValidUtf8()) {
-            // In valid UTF-8 a 0x0D byte is a carriage return and nothing else.
-            if (body.contains('\r'))
-                body.removeIf([](char c) { return c == '\r'; });
-            addUtf8(xml, body);
-            return;
-        }
-    }
     QStringDecoder decoder(encoding.value_or(QStringConverter::Utf8));
     QString text = decoder(bytes);
     text.remove(u'\r');

@@ -13,9 +13,6 @@
 
 #include <algorithm>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace ZyHelp {
 
@@ -36,29 +33,6 @@ inline char16_t foldUnit(char16_t unit, char16_t last)
     if (QChar::isLowSurrogate(unit) && QChar::isHighSurrogate(last))
         return QChar::lowSurrogate(QChar::toCaseFolded(QChar::surrogateToUcs4(last, unit)));
     return char16_t(QChar::toCaseFolded(char32_t(unit)));
-}
-
-// Whether the path holds a "." at all, and so possibly a "." or ".." segment.
-// Called for most lines of the global path list, hence eight units at a time
-// where SSE2 is there.
-bool containsDot(QStringView path)
-{
-    const char16_t *const units = path.utf16();
-    const qsizetype size = path.size();
-#if defined(__SSE2__)
-    if (size >= 8) {
-        const __m128i dots = _mm_set1_epi16(u'.');
-        __m128i found = _mm_setzero_si128();
-        for (qsizetype i = 0; i < size; i += 8) {
-            // The last block ends at the last unit and may overlap the one before.
-            const char16_t *const block = units + std::min(i, size - 8);
-            const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i *>(block));
-            found = _mm_or_si128(found, _mm_cmpeq_epi16(chunk, dots));
-        }
-        return _mm_movemask_epi8(found) != 0;
-    }
-#endif
-    return std::find(units, units + size, u'.') != units + size;
 }
 
 // source and target may be the same.
@@ -193,7 +167,7 @@ qsizetype CandidateSet::indexOf(QStringView entry) const
             // Past the differing unit, a "." segment only removes itself;
             // ".." could remove what came before it.
             const QStringView head = entry.first(i + 1);
-            if (!containsDot(entry)
+            if (!entry.contains(u'.')
                 || (!entry.contains(QStringLiteral("..")) && !head.contains(u'.'))
                 || isCleanPath(entry)) {
                 return -1;

@@ -15,39 +15,7 @@ using namespace ZyHelp;
 namespace {
 
 const int documentCount = 2000;
-const int sectionCount = 10;
 const int runs = 7;
-const QStringList languageKeys = {"de", "en", "fr"};
-
-// A few hundred characters over several lines, with characters the writer
-// escapes and some beyond ASCII, as a real help text has.
-QString sectionText(int document, int section)
-{
-    return QStringLiteral("Abschnitt %1 von Seite %2 erklärt einen Arbeitsschritt.\n"
-                          "Zuerst öffnen Sie das Menü \"Datei\" & wählen einen Eintrag; "
-                          "die Größe der Ansicht passt sich an.\n"
-                          "Werte < 0 sind nicht erlaubt, Werte > 100 werden gekürzt.\n"
-                          "Weitere Hinweise stehen auf den verlinkten Seiten, "
-                          "die am Ende dieser Hilfe aufgeführt sind.")
-        .arg(section)
-        .arg(document);
-}
-
-HelpData sampleDocument(int index)
-{
-    HelpData data;
-    data.version = QStringLiteral("1.%1").arg(index % 10);
-    data.author = QStringLiteral("Autorin %1").arg(index % 7);
-    for (const QString &key : languageKeys) {
-        HelpLanguage &language = data.languages[key];
-        language.description = QStringLiteral("Hilfeseite %1 (%2)").arg(index).arg(key);
-        for (int s = 0; s < sectionCount; ++s)
-            language.sections.append({QStringLiteral("Schritt %1").arg(s), sectionText(index, s)});
-    }
-    for (int l = 0; l < index % 4; ++l)
-        data.links.append(QStringLiteral("seite%1").arg((index + l + 1) % documentCount));
-    return data;
-}
 
 QByteArray fileBytes(const QString &path)
 {
@@ -80,7 +48,7 @@ void benchDocuments()
     QList<HelpData> documents;
     QStringList paths;
     for (int i = 0; i < documentCount; ++i) {
-        documents.append(sampleDocument(i));
+        documents.append(Bench::sampleDocument(i, documentCount));
         paths.append(dir.filePath(QStringLiteral("seite%1.zyhelp").arg(i)));
     }
 
@@ -129,13 +97,13 @@ void benchDocuments()
     }
 
     // Both loops must have done the work they are timed for.
-    const qsizetype expectedSections = qsizetype(documentCount) * languageKeys.size() * sectionCount;
+    const qsizetype expectedSections = qsizetype(documentCount) * Bench::languageKeys().size() * Bench::sectionCount;
     if (sections != expectedSections || tokens == 0)
         std::printf("  parse read %lld sections (expected %lld), the floor %lld tokens\n",
                     qlonglong(sections), qlonglong(expectedSections), qlonglong(tokens));
 
     std::printf("  %d documents, %lld languages and %d sections each, %.2f MiB, best of %d\n",
-                documentCount, qlonglong(languageKeys.size()), sectionCount,
+                documentCount, qlonglong(Bench::languageKeys().size()), Bench::sectionCount,
                 totalBytes / (1024.0 * 1024.0), runs);
     Bench::printFigure(QStringLiteral("read all files' bytes"), readMs, QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("tokenize in memory, bare QXmlStreamReader (floor)"),

@@ -29,8 +29,7 @@ namespace {
 
 const int folderCount = 20;
 const int documentsPerFolder = 100; // 2,000 documents
-const QStringList languageKeys{QStringLiteral("de"), QStringLiteral("en"), QStringLiteral("fr")};
-const int sectionsPerLanguage = 10; // 34 nodes per document, about 68,000 in all
+// Three languages of ten sections: 34 nodes per document, about 68,000 in all.
 
 
 // Registration lines and the offscreen platform's notes would only blur the figures.
@@ -104,22 +103,9 @@ bool makeProject(const QString &root, const QString &projectFile)
     for (int folder = 0; folder < folderCount; ++folder) {
         QDir(root).mkpath(QStringLiteral("kapitel%1").arg(folder, 2, 10, QLatin1Char('0')));
         for (int document = 0; document < documentsPerFolder; ++document) {
-            ZyHelp::HelpData data;
-            data.version = QStringLiteral("1.%1").arg(document);
-            data.author = QStringLiteral("Autor %1").arg(folder);
-            for (const QString &key : languageKeys) {
-                ZyHelp::HelpLanguage language;
-                language.description = QStringLiteral("Beschreibung %1 (%2)").arg(document).arg(key);
-                for (int section = 0; section < sectionsPerLanguage; ++section) {
-                    language.sections.append({QStringLiteral("Abschnitt %1").arg(section),
-                                              QStringLiteral("Erste Zeile des Abschnitts %1.\n"
-                                                             "Zweite Zeile mit <Zeichen> & mehr.\n")
-                                                  .arg(section)
-                                                  .repeated(3)});
-                }
-                data.languages.insert(key, language);
-            }
-            data.links = {QStringLiteral("start"), QStringLiteral("index")};
+            const ZyHelp::HelpData data =
+                Bench::sampleDocument(folder * documentsPerFolder + document,
+                                      folderCount * documentsPerFolder);
             if (!writer.writeXml(data, documentPath(root, folder, document)))
                 return false;
         }

@@ -1,5 +1,7 @@
 #include "benchutil.h"
 
+#include "helpdata.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -8,6 +10,43 @@
 #include <cstdio>
 
 namespace Bench {
+
+const QStringList &languageKeys()
+{
+    static const QStringList keys{QStringLiteral("de"), QStringLiteral("en"), QStringLiteral("fr")};
+    return keys;
+}
+
+// A few hundred characters over several lines, with characters the writer
+// escapes and some beyond ASCII, as a real help text has.
+QString sectionText(int document, int section)
+{
+    return QStringLiteral("Abschnitt %1 von Seite %2 erklärt einen Arbeitsschritt.\n"
+                          "Zuerst öffnen Sie das Menü \"Datei\" & wählen einen Eintrag; "
+                          "die Größe der Ansicht passt sich an.\n"
+                          "Werte < 0 sind nicht erlaubt, Werte > 100 werden gekürzt.\n"
+                          "Weitere Hinweise stehen auf den verlinkten Seiten, "
+                          "die am Ende dieser Hilfe aufgeführt sind.")
+        .arg(section)
+        .arg(document);
+}
+
+ZyHelp::HelpData sampleDocument(int index, int documentCount)
+{
+    ZyHelp::HelpData data;
+    data.version = QStringLiteral("1.%1").arg(index % 10);
+    data.author = QStringLiteral("Autorin %1").arg(index % 7);
+    for (const QString &key : languageKeys()) {
+        ZyHelp::HelpLanguage &language = data.languages[key];
+        language.description = QStringLiteral("Hilfeseite %1 (%2)").arg(index).arg(key);
+        for (int s = 0; s < sectionCount; ++s)
+            language.sections.append(ZyHelp::HelpSection{QStringLiteral("Schritt %1").arg(s), sectionText(index, s)});
+    }
+    for (int l = 0; l < index % 4; ++l)
+        data.links.append(QStringLiteral("seite%1").arg((index + l + 1) % documentCount));
+    return data;
+}
+
 
 double bestOfMs(int runs, const std::function<void()> &fn)
 {

@@ -2,11 +2,22 @@
 
 #include <QElapsedTimer>
 #include <QString>
+#include <QStringList>
 
 #include <algorithm>
 #include <functional>
 
+namespace ZyHelp {
+struct HelpData;
+}
+
 namespace Bench {
+
+// The generated documents: every one has these languages, each with
+// sectionCount sections of a few hundred characters, and up to three links.
+const int sectionCount = 10;
+const QStringList &languageKeys();
+ZyHelp::HelpData sampleDocument(int index, int documentCount);
 
 // Runs fn `runs` times and returns the fastest run in milliseconds: the
 // least disturbed figure on a shared machine.

@@ -32,13 +32,31 @@ struct HelpData
     QStringList links;
 };
 
+// How reading a document ended: whole, not at all, or stopped at a fault.
+struct ParseStatus
+{
+    enum Outcome { Complete, Unreadable, Faulty };
+
+    Outcome outcome = Complete;
+    qint64 line = 0; // where the XML reader stopped (Faulty only), from 1
+    qint64 column = 0; // from 1
+    QString errorString; // the XML reader's message, or why the file could not be opened
+};
+
 // Reads a .zyhelp file tolerantly: a faulty file yields what was complete.
 class HelpParser
 {
 public:
     HelpParser();
 
+    // Logs a warning when the file cannot be opened or its XML is faulty.
     HelpData parse(const QString &filePath);
+    // Logs nothing: status tells whether and where the read stopped early.
+    // Safe to call from several threads at once.
+    HelpData parse(const QString &filePath, ParseStatus *status);
+
+    // The warning that parse(filePath) logs for this outcome, if any.
+    static void logStatus(const QString &filePath, const ParseStatus &status);
 };
 
 // Writes a document in the .zyhelp format.

@@ -43,14 +43,32 @@ HelpParser::HelpParser() = default;
 
 HelpData HelpParser::parse(const QString &filePath)
 {
+    ParseStatus status;
+    HelpData result = parse(filePath, &status);
+    logStatus(filePath, status);
+    return result;
+}
+
+void HelpParser::logStatus(const QString &filePath, const ParseStatus &status)
+{
+    if (status.outcome == ParseStatus::Unreadable)
+        qWarning() << "Kann XML-Datei nicht öffnen:" << filePath;
+    else if (status.outcome == ParseStatus::Faulty)
+        qWarning() << "XML Parsing Fehler in" << filePath << ":" << status.errorString;
+}
+
+HelpData HelpParser::parse(const QString &filePath, ParseStatus *status)
+{
     HelpData result;
+    *status = ParseStatus();
 
     // Not in text mode: that would drop every 0x0D byte before decoding and
     // so tear UTF-16 and UTF-32 code units apart. setText drops carriage
     // returns from the decoded text instead.
     QFile file(filePath);
     if (!file.open(QIODevice::ReadOnly)) {
-        qWarning() << "Kann XML-Datei nicht öffnen:" << filePath;
+        status->outcome = ParseStatus::Unreadable;
+        status->errorString = file.errorString();
         return result;
     }
     const QByteArray bytes = file.readAll();
@@ -99,8 +117,12 @@ HelpData HelpParser::parse(const QString &filePath)
         }
     }
 
-    if (xml.hasError())
-        qWarning() << "XML Parsing Fehler in" << filePath << ":" << xml.errorString();
+    if (xml.hasError()) {
+        status->outcome = ParseStatus::Faulty;
+        status->line = xml.lineNumber();
+        status->column = xml.columnNumber() + 1; // the reader counts columns from 0
+        status->errorString = xml.errorString();
+    }
 
     return result;
 }

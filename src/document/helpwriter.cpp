@@ -1,7 +1,8 @@
 #include "helpdata.h"
 
 #include <QDebug>
-#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
 #include <QXmlStreamWriter>
 
 namespace ZyHelp {
@@ -40,8 +41,15 @@ HelpWriter::HelpWriter() = default;
 
 bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
 {
-    QFile file(filePath);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+    // The document goes to a temporary file beside the target that replaces it
+    // only when complete, so a full disk or a crash leaves the old file whole.
+    // A rename could replace a write-protected file: refuse it as an in-place
+    // write would. Where only the folder is protected, the file is written in place.
+    QSaveFile file(filePath);
+    file.setDirectWriteFallback(true);
+    const QFileInfo target(filePath);
+    if ((target.exists() && !target.isWritable())
+        || !file.open(QIODevice::WriteOnly | QIODevice::Text)) {
         qWarning() << "Konnte Datei nicht zum Schreiben öffnen:" << filePath;
         return false;
     }
@@ -76,7 +84,12 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
 
     xml.writeEndElement();
     xml.writeEndDocument();
-    file.close();
+    if (xml.hasError())
+        file.cancelWriting(); // the commit then discards what was written
+    if (!file.commit()) {
+        qWarning() << "Konnte Datei nicht schreiben:" << filePath << ":" << file.errorString();
+        return false;
+    }
     return true;
 }
 

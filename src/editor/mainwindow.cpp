@@ -142,6 +142,7 @@ void MainWindow::loadProjectView()
 {
     ui->projectTree->clear();
     m_helpFiles.clear();
+    m_partlyRead.clear();
     m_currentItem = nullptr;
     setWindowTitle(tr("Editor - ") + m_projectManager.projectName());
 
@@ -153,7 +154,11 @@ void MainWindow::loadProjectView()
         if (!QFile::exists(filePath))
             continue;
 
-        const ZyHelp::HelpData document = m_parser.parse(filePath);
+        ZyHelp::ParseStatus status;
+        const ZyHelp::HelpData document = m_parser.parse(filePath, &status);
+        ZyHelp::HelpParser::logStatus(filePath, status);
+        if (status.outcome == ZyHelp::ParseStatus::Faulty)
+            m_partlyRead.insert(filePath);
         m_helpFiles.insert(filePath, document);
 
         QStringList folders = entry.split(QLatin1Char('/'));
@@ -293,11 +298,38 @@ void MainWindow::on_actionSave_triggered()
 
 void MainWindow::saveFile(const QString &filePath)
 {
-    if (m_writer.writeXml(m_helpFiles.value(filePath), filePath)) {
-        statusBar()->showMessage(tr("Gespeichert: ") + QFileInfo(filePath).fileName(), 2000);
-    } else {
-        QMessageBox::critical(this, tr("Fehler"), tr("Speichern fehlgeschlagen."));
+    // A document read only up to a fault lacks what followed it: before its
+    // first save, which would drop that for good, the file is kept beside it.
+    QString kept;
+    if (m_partlyRead.contains(filePath) && !m_keptOriginals.contains(filePath)) {
+        kept = keepOriginal(filePath);
+        if (kept.isEmpty()) {
+            QMessageBox::critical(this, tr("Fehler"), tr("Speichern fehlgeschlagen."));
+            return;
+        }
+        m_keptOriginals.insert(filePath);
     }
+
+    if (!m_writer.writeXml(m_helpFiles.value(filePath), filePath)) {
+        QMessageBox::critical(this, tr("Fehler"), tr("Speichern fehlgeschlagen."));
+        return;
+    }
+    QString message = tr("Gespeichert: ") + QFileInfo(filePath).fileName();
+    if (!kept.isEmpty()) {
+        message += tr(" (unvollständig gelesen, Original aufbewahrt als %1)")
+                       .arg(QFileInfo(kept).fileName());
+    }
+    statusBar()->showMessage(message, kept.isEmpty() ? 2000 : 10000);
+}
+
+// Copies the document's file to NAME.bak, or to NAME.bak.1, .2, ... where an
+// older copy exists: none is ever overwritten. The name used, or empty on failure.
+QString MainWindow::keepOriginal(const QString &filePath)
+{
+    QString name = filePath + QStringLiteral(".bak");
+    for (int n = 1; QFileInfo::exists(name); ++n)
+        name = filePath + QStringLiteral(".bak.") + QString::number(n);
+    return QFile::copy(filePath, name) ? name : QString();
 }
 
 void MainWindow::on_btnAddLink_clicked()

@@ -5,6 +5,7 @@
 
 #include <QMainWindow>
 #include <QMap>
+#include <QSet>
 #include <QString>
 
 QT_BEGIN_NAMESPACE
@@ -59,6 +60,7 @@ private:
     void loadProjectView();
     void syncUiToData();
     void saveFile(const QString &filePath);
+    QString keepOriginal(const QString &filePath);
 
     Ui_MainWindow *ui;
     ZyHelp::HelpParser m_parser;
@@ -66,4 +68,6 @@ private:
     ZyHelp::ProjectManager m_projectManager;
     QMap<QString, ZyHelp::HelpData> m_helpFiles;
     QTreeWidgetItem *m_currentItem = nullptr;
+    QSet<QString> m_partlyRead; // documents whose last read stopped at a fault
+    QSet<QString> m_keptOriginals; // documents whose original was kept in this session
 };

@@ -7,6 +7,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QTextStream>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
@@ -205,9 +206,14 @@ bool ProjectManager::saveProject()
     // Without a project there is no file; QFile would warn about the empty name.
     if (m_projectFilePath.isEmpty())
         return false;
-    QFile file(m_projectFilePath);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
+    // Written aside and renamed over the old file when complete, as documents are.
+    QSaveFile file(m_projectFilePath);
+    file.setDirectWriteFallback(true);
+    const QFileInfo target(m_projectFilePath);
+    if ((target.exists() && !target.isWritable())
+        || !file.open(QIODevice::WriteOnly | QIODevice::Text)) {
         return false;
+    }
 
     QXmlStreamWriter xml(&file);
     xml.setAutoFormatting(true);
@@ -218,8 +224,9 @@ bool ProjectManager::saveProject()
         xml.writeTextElement(QStringLiteral("file"), entry);
     xml.writeEndElement();
     xml.writeEndDocument();
-    file.close();
-    return true;
+    if (xml.hasError())
+        file.cancelWriting();
+    return file.commit();
 }
 
 void ProjectManager::refreshFileList()
@@ -286,20 +293,30 @@ void ProjectManager::registerPathInGlobalConfig()
         file.close();
     }
 
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))
-        return;
-    QTextStream out(&file);
+    // The new lines go out in one write, and only lines that reached the file
+    // are logged as registered. A failure is logged; the caller goes on.
+    QString lines;
+    QStringList written;
     for (qsizetype i = 0; i < candidates.size(); ++i) {
         const qsizetype first = candidateSet.firstEqual(i);
         if (known.at(first))
             continue;
         known[first] = true;
-        const QString &candidate = candidates.at(i);
-        out << QDir::toNativeSeparators(candidate) << '\n';
-        qDebug() << "Registriere Unterordner:" << candidate;
+        lines += QDir::toNativeSeparators(candidates.at(i)) + u'\n';
+        written.append(candidates.at(i));
     }
-    out.flush();
+    if (written.isEmpty())
+        return;
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))
+        return;
+    const QByteArray bytes = lines.toUtf8();
+    if (file.write(bytes) != bytes.size() || !file.flush()) {
+        qWarning() << "Konnte Pfadliste nicht schreiben:" << listPath << ":" << file.errorString();
+        return;
+    }
     file.close();
+    for (const QString &candidate : std::as_const(written))
+        qDebug() << "Registriere Unterordner:" << candidate;
 }
 
 bool ProjectManager::createProject(const QString &directory, const QString &name)

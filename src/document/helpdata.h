@@ -39,7 +39,7 @@ struct ParseStatus
 
     Outcome outcome = Complete;
     qint64 line = 0; // where the XML reader stopped (Faulty only), from 1
-    qint64 column = 0; // from 1
+    qint64 column = 0; // of the last character read, from 1
     QString errorString; // the XML reader's message, or why the file could not be opened
 };
 

@@ -120,7 +120,7 @@ HelpData HelpParser::parse(const QString &filePath, ParseStatus *status)
     if (xml.hasError()) {
         status->outcome = ParseStatus::Faulty;
         status->line = xml.lineNumber();
-        status->column = xml.columnNumber() + 1; // the reader counts columns from 0
+        status->column = xml.columnNumber(); // the last character read, counted from 1
         status->errorString = xml.errorString();
     }
 

@@ -1,7 +1,6 @@
 #include "helpdata.h"
 
 #include <QDebug>
-#include <QFileInfo>
 #include <QSaveFile>
 #include <QXmlStreamWriter>
 
@@ -43,18 +42,18 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
 {
     // The document goes to a temporary file beside the target that replaces it
     // only when complete, so a full disk or a crash leaves the old file whole.
-    // A rename could replace a write-protected file: refuse it as an in-place
-    // write would. Where only the folder is protected, the file is written in place.
+    // QSaveFile refuses a write-protected file, as an in-place write would;
+    // where only the folder is protected, the file is written in place.
     QSaveFile file(filePath);
     file.setDirectWriteFallback(true);
-    const QFileInfo target(filePath);
-    if ((target.exists() && !target.isWritable())
-        || !file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+    // QSaveFile would take an empty name for a file in the current folder.
+    if (filePath.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Text)) {
         qWarning() << "Konnte Datei nicht zum Schreiben öffnen:" << filePath;
         return false;
     }
 
-    QXmlStreamWriter xml(&file);
+    QByteArray bytes;
+    QXmlStreamWriter xml(&bytes);
     xml.setAutoFormatting(true);
     xml.writeStartDocument();
 
@@ -84,8 +83,12 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
 
     xml.writeEndElement();
     xml.writeEndDocument();
-    if (xml.hasError())
-        file.cancelWriting(); // the commit then discards what was written
+
+    // Written in one go and flushed before the commit: Qt 6.4's QSaveFile
+    // commits a file that a size limit or a full disk cut short, but the
+    // write or the flush reports it.
+    if (file.write(bytes) != bytes.size() || !file.flush())
+        file.cancelWriting();
     if (!file.commit()) {
         qWarning() << "Konnte Datei nicht schreiben:" << filePath << ":" << file.errorString();
         return false;

@@ -209,13 +209,11 @@ bool ProjectManager::saveProject()
     // Written aside and renamed over the old file when complete, as documents are.
     QSaveFile file(m_projectFilePath);
     file.setDirectWriteFallback(true);
-    const QFileInfo target(m_projectFilePath);
-    if ((target.exists() && !target.isWritable())
-        || !file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
         return false;
-    }
 
-    QXmlStreamWriter xml(&file);
+    QByteArray bytes;
+    QXmlStreamWriter xml(&bytes);
     xml.setAutoFormatting(true);
     xml.writeStartDocument();
     xml.writeStartElement(QStringLiteral("zyproject"));
@@ -224,7 +222,8 @@ bool ProjectManager::saveProject()
         xml.writeTextElement(QStringLiteral("file"), entry);
     xml.writeEndElement();
     xml.writeEndDocument();
-    if (xml.hasError())
+    // Only the write and the flush report a file cut short, not the commit.
+    if (file.write(bytes) != bytes.size() || !file.flush())
         file.cancelWriting();
     return file.commit();
 }

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "helpdata.h"
+
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace Test {
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+inline void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
+
+// A document in one line, so a failed comparison shows where documents part.
+inline QString dump(const ZyHelp::HelpData &d)
+{
+    QString out = d.version + u'|' + d.author;
+    for (auto it = d.languages.cbegin(); it != d.languages.cend(); ++it) {
+        out += " [" + it.key() + u':' + it->description;
+        for (const ZyHelp::HelpSection &section : it->sections)
+            out += " (" + section.name + u':' + section.content + u')';
+        out += u']';
+    }
+    return out + " links:" + d.links.join(u',');
+}
+
+// Runs work in a child process and returns its exit code: for faults that
+// only a process can meet (a file size limit, a kill). With asUser, a child
+// of root drops to "nobody", so that file permissions apply to it.
+template<typename Work>
+int inChild(Work work, bool asUser = false)
+{
+    const pid_t pid = fork();
+    if (pid == 0) {
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+        if (asUser && getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+            _exit(99);
+        _exit(work());
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace Test

@@ -1,0 +1,236 @@
+#include "pathkey.h"
+#include "projectmanager.h"
+#include "testutil.h"
+
+#include <QtTest>
+
+#include <csignal>
+#include <optional>
+#include <sys/resource.h>
+
+using namespace ZyHelp;
+
+namespace {
+
+const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+QString pathList()
+{
+    return QCoreApplication::applicationDirPath() + "/Path";
+}
+
+// Every string of up to `length` tokens.
+QStringList combinations(const QStringList &tokens, int length)
+{
+    QStringList all{QString()}, last{QString()};
+    for (int i = 0; i < length; ++i) {
+        QStringList next;
+        for (const QString &head : std::as_const(last))
+            for (const QString &token : tokens)
+                next.append(head + token);
+        all += next;
+        last = next;
+    }
+    return all;
+}
+
+} // namespace
+
+class TstProject : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        QFile::remove(pathList());
+        m_dir.emplace();
+        m_root = QDir(m_dir->path()).canonicalPath();
+        for (const char *name : {"b.zyhelp", "Z.zyhelp", "a/x.zyhelp", "a2.zyhelp", "ALT.ZYHELP", "n.zyhelp.bak",
+                                 "n.txt", ".hidden/h.zyhelp", "a/b/c/d.zyhelp"})
+            Test::writeFile(m_root + u'/' + name, "");
+    }
+
+    void createAndSave()
+    {
+        ProjectManager pm;
+        QVERIFY(!pm.saveProject());
+        QVERIFY(pm.createProject(m_root, "H&<\""));
+        QCOMPARE(pm.files(), QStringList({"ALT.ZYHELP", "Z.zyhelp", "a/b/c/d.zyhelp", "a/x.zyhelp", "a2.zyhelp",
+                                          "b.zyhelp"}));
+        const QString file = m_root + "/H&<\".zyproject";
+        QCOMPARE(Test::readFile(file), declaration + "<zyproject name=\"H&amp;&lt;&quot;\">\n"
+                 "    <file>ALT.ZYHELP</file>\n    <file>Z.zyhelp</file>\n    <file>a/b/c/d.zyhelp</file>\n"
+                 "    <file>a/x.zyhelp</file>\n    <file>a2.zyhelp</file>\n    <file>b.zyhelp</file>\n"
+                 "</zyproject>\n");
+
+        pm.addFileToProject(m_root + "/new.zyhelp"); // appended unsorted, saved
+        pm.addFileToProject("./b.zyhelp");
+        pm.addFileToProject("b.zyhelp"); // listed: not saved again
+        QFile::remove(file);
+        pm.addFileToProject("b.zyhelp");
+        QVERIFY(!QFile::exists(file));
+        QCOMPARE(pm.files().mid(5), QStringList({"b.zyhelp", "new.zyhelp", "./b.zyhelp"}));
+        pm.removeFileFromProject(m_root + "/Z.zyhelp", true);
+        pm.removeFileFromProject(m_root + "/n.txt", true); // not listed: saved and deleted all the same
+        QVERIFY(!QFile::exists(m_root + "/Z.zyhelp") && !QFile::exists(m_root + "/n.txt"));
+        QVERIFY(Test::readFile(file).contains("<file>ALT.ZYHELP</file>\n    <file>a/b/c/d.zyhelp</file>"));
+
+        ProjectManager empty;
+        QDir().mkpath(m_root + "/e");
+        QVERIFY(empty.createProject(m_root + "/e", ""));
+        QCOMPARE(Test::readFile(m_root + "/e/.zyproject"), declaration + "<zyproject name=\"\"/>\n");
+        QVERIFY(!empty.createProject(m_root, "missing/P")); // state changed all the same
+        QCOMPARE(empty.projectName(), "missing/P");
+        QCOMPARE(empty.files().size(), 5);
+    }
+
+    void open_data()
+    {
+        QTest::addColumn<QByteArray>("xml");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("nested") << QByteArray("<a><zyproject name='N'><file>x</file></zyproject></a>") << "N";
+        QTest::newRow("no name") << QByteArray("<zyproject/>") << "";
+        QTest::newRow("other root") << QByteArray("<ZyProject name='N'/>") << "Before";
+        QTest::newRow("not xml") << QByteArray("no xml <zyproject name='N'/>") << "Before";
+    }
+    void open()
+    {
+        QFETCH(QByteArray, xml);
+        QFETCH(QString, name);
+        Test::writeFile(m_root + "/a/p.zyproject", xml);
+        ProjectManager pm;
+        QVERIFY(pm.createProject(m_root, "Before"));
+        QVERIFY(!pm.openProject(m_root + "/none.zyproject"));
+        QCOMPARE(pm.rootPath(), m_root);
+        QDir::setCurrent(m_root);
+        QVERIFY(pm.openProject("a/./p.zyproject"));
+        QCOMPARE(pm.projectName(), name);
+        QCOMPARE(pm.rootPath(), m_root + "/a");
+        QCOMPARE(pm.files(), QStringList({"b/c/d.zyhelp", "x.zyhelp"}));
+        QVERIFY(pm.saveProject());
+        QVERIFY(Test::readFile(m_root + "/a/p.zyproject").contains("<file>x.zyhelp</file>"));
+    }
+
+    // The project file is replaced only when complete, as documents are.
+    void saveFailsPartWay()
+    {
+        for (int i = 0; i < 300; ++i)
+            Test::writeFile(QString("%1/many/a-long-name-of-a-document-%2.zyhelp").arg(m_root).arg(i), "");
+        const QString file = m_root + "/many/P.zyproject";
+        Test::writeFile(file, "old");
+        QCOMPARE(Test::inChild([&] {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{4096, 4096};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            return ProjectManager().createProject(m_root + "/many", "P") ? 1 : 2;
+        }), 2);
+        QCOMPARE(Test::readFile(file), "old");
+    }
+
+    void registers_data()
+    {
+        QTest::addColumn<QString>("known"); // lines in "Path" before
+        QTest::addColumn<QStringList>("appended");
+        QTest::newRow("none") << "" << QStringList({"", "/a", "/a/b", "/a/b/c"});
+        QTest::newRow("spelled otherwise") << "  ROOT/  \n\n   \nROOT/./A/B\n" << QStringList({"/a", "/a/b/c"});
+        QTest::newRow("no final line end") << "ROOT/a/B/c" << QStringList({"", "/a", "/a/b"});
+    }
+    void registers()
+    {
+        QFETCH(QString, known);
+        QFETCH(QStringList, appended);
+        QDir().mkpath(m_root + "/A"); // one line for a and A, whichever comes first
+        const QByteArray before = QString(known).replace("ROOT", m_root).toUtf8();
+        Test::writeFile(pathList(), before);
+        for (const QString &folder : appended)
+            QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Registriere Unterordner: \"" + m_root
+                                                               + "(" + folder + "|/A)\"$"));
+        ProjectManager pm;
+        pm.createProject(m_root, "P");
+        const QByteArray after = Test::readFile(pathList());
+        QVERIFY(after.startsWith(before));
+        QStringList lines = QString(after.mid(before.size())).replace(m_root + "/A", m_root + "/a").split(u'\n');
+        QCOMPARE(lines.takeLast(), "");
+        QCOMPARE(lines.value(0), m_root + appended.value(0));
+        lines.sort();
+        QCOMPARE(lines.join(u'|'), (m_root + appended.join(u'|' + m_root)));
+        pm.registerPathInGlobalConfig(); // nothing new, where the last line was whole
+        QCOMPARE(Test::readFile(pathList()) == after, before.isEmpty() || before.endsWith('\n'));
+    }
+
+    // A "Path" list that cannot grow is noticed; the project opens all the same.
+    void registerCannotWrite()
+    {
+        Test::writeFile(pathList(), QByteArray(5000, '\n'));
+        QCOMPARE(Test::inChild([&] {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{4096, 4096};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            static QString warning;
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &m) { warning += m; });
+            const bool created = ProjectManager().createProject(m_root, "P");
+            return created && warning.startsWith("Konnte Pfadliste nicht schreiben: \"" + pathList() + "\" : ")
+                       && !warning.contains("Registriere") ? 1 : 2;
+        }), 1);
+    }
+
+    // The path helpers against the QString and QDir functions they stand for.
+    void caseKeyMatchesCompare()
+    {
+        QStringList strings;
+        for (char32_t c = 0; c <= 0x1FFFF; ++c) // no character beyond plane 1 has a case
+            strings.append(QString::fromUcs4(&c, 1));
+        for (char16_t c = 0xD800; c < 0xE000; ++c)
+            strings.append(QChar(c));
+        strings += combinations({"a", "K", QChar(0x212A), "s", QChar(0x17F), "\u00DF", QChar(0x1E9E), QChar(0x130),
+                                 "i", QChar(0x131), QChar(0x3C2), QChar(0x3A3), QChar(0xD801), QChar(0xDC28),
+                                 QChar(0xDC00)}, 3);
+        auto less = [](const QString &a, const QString &b) { return QString::compare(a, b, Qt::CaseInsensitive) < 0; };
+        std::sort(strings.begin(), strings.end(), less);
+        QHash<QString, QString> firstOfKey;
+        for (qsizetype i = 0; i < strings.size(); ++i) {
+            const QString key = Internal::caseKey(strings.at(i));
+            const QString first = firstOfKey.value(key, strings.at(i));
+            firstOfKey.insert(key, first);
+            if (QString::compare(first, strings.at(i), Qt::CaseInsensitive) != 0
+                || (i > 0 && less(strings.at(i - 1), strings.at(i)) == (key == Internal::caseKey(strings.at(i - 1)))))
+                QFAIL(qPrintable("keys differ from compare at " + strings.at(i)));
+        }
+    }
+
+    void pathHelpersMatchQDir()
+    {
+        const QStringList candidates{"/srv/Hilfe", "/srv/Hilfe/a", "/srv/Hilfe/A/b.c", "/srv/Hilfe/\u00DF", "/srv/Hilfe/a"};
+        const Internal::CandidateSet set(candidates);
+        const QStringList roots{"/srv/Hilfe", "/srv/Hilfe/", "srv/Hilfe", "/srv/./Hilfe"};
+        QList<Internal::RelativePaths> relative;
+        QList<QDir> dirs;
+        for (const QString &root : roots) {
+            relative.append(Internal::RelativePaths(root));
+            dirs.append(QDir(root));
+        }
+        for (const QString &tail : combinations({"/", "a", "A", ".", "..", "\\", ":", "b.c", "SS", "\u00DF"}, 5)) {
+            for (const QString &path : {tail, "/srv/Hilfe" + tail, "/srv/hilf" + tail}) {
+                const QString clean = QDir::cleanPath(path);
+                QCOMPARE(Internal::cleanPath(path), clean);
+                QVERIFY(!Internal::isCleanPath(path) || clean == path);
+                QCOMPARE(Internal::cleanCaseKey(path), Internal::caseKey(clean));
+                qsizetype first = -1;
+                for (qsizetype i = candidates.size() - 1; i >= 0; --i)
+                    first = QString::compare(candidates.at(i), clean, Qt::CaseInsensitive) == 0 ? i : first;
+                QCOMPARE(set.indexOf(path), first);
+                for (qsizetype i = 0; i < roots.size(); ++i)
+                    QCOMPARE(relative.at(i).relativeFilePath(path), dirs.at(i).relativeFilePath(path));
+            }
+        }
+        QCOMPARE(set.firstEqual(4), 1);
+    }
+
+private:
+    std::optional<QTemporaryDir> m_dir;
+    QString m_root;
+};
+
+QTEST_GUILESS_MAIN(TstProject)
+#include "tst_project.moc"

@@ -1,0 +1,300 @@
+#include "dialogdriver.h"
+#include "mainwindow.h"
+#include "testutil.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+#include <optional>
+
+namespace {
+
+const QByteArray docA = "<zyhelp version='2.1' author='Anna'><lang name='en'><description>Hello</description>"
+                        "<section name='One'>Text one</section></lang><lang name='de'><description>Hallo"
+                        "</description><section name='Eins'>1</section><section name='Zwei'>2</section>"
+                        "<section name='Drei'>3</section></lang><link page='start'/><link page='index'/></zyhelp>";
+const QByteArray badDoc = "<zyhelp version='1' author='X'><lang name='de'><description>D</description></lang>"
+                          "<lang name='en'><section name='s'>lost<b/></section></lang></zyhelp>";
+const QString dumpA = "2.1|Anna [de:Hallo (Eins:1) (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index";
+
+// A node and its subtree, one node a line: text, kind, language key and
+// section index, its document when that differs from its parent's, and
+// marks for an icon and for a node with children that is not expanded.
+void dumpNode(QTreeWidgetItem *node, const QString &indent, const QString &filePath, QStringList &out)
+{
+    const QString path = node->data(0, MainWindow::FilePathRole).toString();
+    out << indent + node->text(0) + u' ' + node->data(0, MainWindow::ItemTypeRole).toString() + u' '
+               + node->data(0, MainWindow::LangKeyRole).toString() + node->data(0, MainWindow::SectionIndexRole).toString()
+               + (path != filePath ? u' ' + QFileInfo(path).fileName() : QString()) + (node->icon(0).isNull() ? "" : "*")
+               + (node->childCount() && !node->isExpanded() ? " closed" : "");
+    for (int i = 0; i < node->childCount(); ++i)
+        dumpNode(node->child(i), indent + "  ", path, out);
+}
+
+} // namespace
+
+class TstWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
+    void init()
+    {
+        QFile::remove(QCoreApplication::applicationDirPath() + "/Path");
+        QLoggingCategory::setFilterRules("default.debug=false");
+        QTest::failOnWarning(QRegularExpression("^(Kann|XML|Konnte)"));
+        m_dir.emplace();
+        m_root = QDir(m_dir->path()).canonicalPath();
+        Test::writeFile(m_root + "/p.zyproject", "<zyproject name='Handbuch'/>");
+        Test::writeFile(m_root + "/sub/a.zyhelp", docA);
+        Test::writeFile(m_root + "/Sub/sub/sub.zyhelp", "<zyhelp><lang name=''/></zyhelp>");
+        m_window = std::make_unique<MainWindow>();
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QCOMPARE(run("actionOpenProject", {m_root + "/p.zyproject"}),
+                 QStringList("Projekt öffnen|" + QDir::homePath() + "|Projekte (*.zyproject)"));
+    }
+
+    void treeShape()
+    {
+        QCOMPARE(m_window->windowTitle(), "Editor - Handbuch");
+        QStringList nodes;
+        for (int i = 0; i < tree()->topLevelItemCount(); ++i)
+            dumpNode(tree()->topLevelItem(i), "", "", nodes);
+        QCOMPARE(nodes, QStringList({"Sub 100 *", "  sub 100 *", "    sub.zyhelp 200  sub.zyhelp*", "sub 100 *",
+                                     "  a.zyhelp 200  a.zyhelp*", "    de 300 de", "      Eins 400 de0",
+                                     "      Zwei 400 de1", "      Drei 400 de2", "    en 300 en", "      One 400 en0"}));
+        QCOMPARE(node("sub/a.zyhelp")->data(0, MainWindow::FilePathRole).toString(), m_root + "/sub/a.zyhelp");
+    }
+
+    void pages()
+    {
+        click("sub/a.zyhelp");
+        QCOMPARE(page(), "pageFile");
+        QCOMPARE(text("editAuthor") + text("editVersion") + links(), "Anna2.1start,index");
+        edit("editAuthor", "Bob");
+        edit("editNewLink", "  neu ");
+        m_window->findChild<QPushButton *>("btnAddLink")->click();
+        edit("editNewLink", "  ");
+        m_window->findChild<QPushButton *>("btnAddLink")->click();
+        QCOMPARE(text("editNewLink") + links(), "  start,index,neu");
+        m_window->findChild<QListWidget *>("listLinks")->setCurrentRow(0);
+        m_window->findChild<QPushButton *>("btnRemoveLink")->click();
+
+        click("sub/a.zyhelp/de"); // takes the file page over
+        QCOMPARE(page() + text("editLangDescription"), "pageLanguageHallo");
+        edit("editLangDescription", "Servus");
+        click("sub/a.zyhelp/de/Zwei");
+        QCOMPARE(page() + text("editSectionName") + text("editContent"), "pageSectionZwei2");
+        edit("editSectionName", "Lost");
+        click("sub/a.zyhelp/de/Zwei"); // the same node again: the page is filled anew
+        QCOMPARE(text("editSectionName"), "Zwei");
+        edit("editSectionName", "Zwo");
+        edit("editContent", " neu\n");
+        QCOMPARE(run("btnSaveSection"), QStringList());
+        QCOMPARE(m_window->statusBar()->currentMessage(), "Gespeichert: a.zyhelp");
+        QCOMPARE(node("sub/a.zyhelp/de/Zwo")->text(0), "Zwo");
+        QCOMPARE(saved("sub/a.zyhelp"), "2.1|Bob [de:Servus (Eins:1) (Zwo:neu) (Drei:3)] [en:Hello (One:Text one)] "
+                                        "links:index,neu");
+
+        click("sub");
+        QCOMPARE(page(), "pageEmpty");
+        QCOMPARE(run("actionSave", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"\""),
+                 QStringList("Fehler|Speichern fehlgeschlagen.|3"));
+        m_window->statusBar()->clearMessage();
+        run("actionReload");
+        QCOMPARE(run("actionSave"), QStringList()); // no node since the rebuild
+        QCOMPARE(m_window->statusBar()->currentMessage(), "");
+    }
+
+    void contextMenu_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QStringList>("replies");
+        QTest::addColumn<QStringList>("seen");
+        QTest::addColumn<QString>("after");
+        QTest::addColumn<int>("nodes"); // below the document's node, -1: none
+        const QString fileMenu = "|Sprache hinzufügen...|-|Aus Projekt entfernen (Löschen)";
+        const QString langMenu = "|Sektion hinzufügen...|-|Sprache löschen";
+        const QString langInput = "Neu|Sprache (de, en):|";
+        const QString deAndLinks = "2.1|Anna [de:Hallo (Eins:1) (Zwei:2) (Drei:3)] %1 links:start,index";
+        QTest::newRow("add language") << "sub/a.zyhelp" << QStringList{"Sprache hinzufügen...", "fr"}
+            << QStringList{fileMenu, langInput} << deAndLinks.arg("[en:Hello (One:Text one)] [fr:...]") << 7;
+        QTest::newRow("existing language") << "sub/a.zyhelp" << QStringList{"Sprache hinzufügen...", "de", "OK"}
+            << QStringList{fileMenu, langInput, "Neu|Die Sprache 'de' ist bereits vorhanden.|2"} << dumpA << 6;
+        QTest::newRow("no language") << "sub/a.zyhelp" << QStringList{"Sprache hinzufügen...", ""}
+                                     << QStringList{fileMenu, langInput} << dumpA << 6;
+        QTest::newRow("add section") << "sub/a.zyhelp/en" << QStringList{"Sektion hinzufügen...", " x"}
+            << QStringList{langMenu, "Neu|Sektion Name:|"} << deAndLinks.arg("[en:Hello (One:Text one) ( x:...)]") << 7;
+        QTest::newRow("no section") << "sub/a.zyhelp/en" << QStringList{"Sektion hinzufügen...", "Esc"}
+                                    << QStringList{langMenu, "Neu|Sektion Name:|"} << dumpA << 6;
+        QTest::newRow("delete section") << "sub/a.zyhelp/de/Eins" << QStringList{"Sektion löschen", "Yes"}
+            << QStringList{"|Sektion löschen", "Löschen|Sektion löschen?|4"}
+            << "2.1|Anna [de:Hallo (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index" << 5;
+        QTest::newRow("keep language") << "sub/a.zyhelp/en" << QStringList{"Sprache löschen", "No"}
+                                       << QStringList{langMenu, "Löschen|Sprache 'en' löschen?|4"} << dumpA << 6;
+        QTest::newRow("delete language") << "sub/a.zyhelp/en" << QStringList{"Sprache löschen", "Yes"}
+            << QStringList{langMenu, "Löschen|Sprache 'en' löschen?|4"} << deAndLinks.arg("").replace("  ", " ") << 4;
+        QTest::newRow("delete document") << "sub/a.zyhelp" << QStringList{"Aus Projekt entfernen (Löschen)", "Yes"}
+            << QStringList{fileMenu, "Löschen|Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)|4"}
+            << "<missing>" << -1;
+        QTest::newRow("folder") << "sub" << QStringList() << QStringList() << dumpA << 6;
+    }
+    void contextMenu()
+    {
+        QFETCH(QString, path);
+        QFETCH(QStringList, replies);
+        QFETCH(QStringList, seen);
+        QFETCH(QString, after);
+        QFETCH(int, nodes);
+        click("sub/a.zyhelp/de/Eins");
+        edit("editContent", "lost"); // never taken over
+        QTreeWidgetItem *item = node(path);
+        tree()->scrollToItem(item);
+        Test::DialogDriver driver(replies);
+        emit tree()->customContextMenuRequested(tree()->visualItemRect(item).center());
+        QCOMPARE(driver.seen, seen);
+        QCOMPARE(saved("sub/a.zyhelp"), after);
+        const QList<QTreeWidgetItem *> found = tree()->findItems("a.zyhelp", Qt::MatchRecursive);
+        QCOMPARE(found.isEmpty() ? -1 : descendants(found.first()), nodes);
+        QCOMPARE(page() == "pageEmpty", nodes < 0);
+        QCOMPARE(Test::readFile(m_root + "/p.zyproject").contains("<file>Sub/sub/sub.zyhelp</file>"), nodes < 0);
+    }
+
+    void commands()
+    {
+        QDir().mkpath(m_root + "/neu");
+        QDir::setCurrent(m_root);
+        QCOMPARE(run("actionNewProject", {m_root + "/neu", ""}), QStringList({"Projektordner wählen|" + m_root + "|All Files (*)",
+                                                                              "Neues Projekt|Projektname:|MeinProjekt"}));
+        QVERIFY(!QFile::exists(m_root + "/neu/.zyproject"));
+        QCOMPARE(run("actionNewProject", {m_root + "/neu", "MeinProjekt", "OK"}).last(), "Info|Projekt erstellt!|1");
+        QCOMPARE(m_window->windowTitle(), "Editor - MeinProjekt");
+        QCOMPARE(run("actionNewFile", {m_root + "/neu/n.zyhelp"}),
+                 QStringList("Neue Datei|" + m_root + "/neu|Hilfe (*.zyhelp)"));
+        QCOMPARE(saved("neu/n.zyhelp"), "1.0|Ich [de:Neue Beschreibung] links:");
+        QVERIFY(Test::readFile(m_root + "/neu/MeinProjekt.zyproject").contains("<file>n.zyhelp</file>"));
+        Test::writeFile(m_root + "/neu/m.zyhelp", "");
+        QCOMPARE(run("actionReload", {}, "XML Parsing Fehler in \"" + m_root
+                                             + "/neu/m.zyhelp\" : \"Premature end of document.\""), QStringList());
+        QCOMPARE(tree()->topLevelItem(0)->text(0) + tree()->topLevelItem(1)->text(0), "m.zyhelpn.zyhelp");
+        QCOMPARE(run("actionRegisterPath", {"OK"}), QStringList("Info|Pfad (inkl. Unterordner) wurde registriert.|1"));
+
+        m_window = std::make_unique<MainWindow>();
+        QCOMPARE(run("actionReload") + run("actionNewFile", {"OK"}) + run("actionRegisterPath", {"OK"}),
+                 QStringList({"Info|Bitte erst ein Projekt öffnen/erstellen.|2", "Info|Kein Projekt geöffnet.|2"}));
+    }
+
+    // A document read only up to a fault is kept beside it before its first save.
+    void partlyRead_data()
+    {
+        QTest::addColumn<QString>("kept");
+        QTest::newRow("first copy") << "bad.zyhelp.bak";
+        QTest::newRow("older copy") << "bad.zyhelp.bak.1";
+    }
+    void partlyRead()
+    {
+        QFETCH(QString, kept);
+        if (kept.endsWith('1'))
+            Test::writeFile(m_root + "/bad.zyhelp.bak", "older");
+        Test::writeFile(m_root + "/bad.zyhelp", badDoc);
+        run("actionReload", {}, "XML Parsing Fehler in \"" + m_root + "/bad.zyhelp\" : \"Expected character data.\"");
+        QCOMPARE(node("bad.zyhelp/de")->childCount(), 0);
+        click("bad.zyhelp");
+        edit("editAuthor", "Y");
+        QCOMPARE(run("actionSave"), QStringList());
+        QCOMPARE(m_window->statusBar()->currentMessage(),
+                 "Gespeichert: bad.zyhelp (unvollständig gelesen, Original aufbewahrt als " + kept + ")");
+        QCOMPARE(Test::readFile(m_root + u'/' + kept), badDoc);
+        QCOMPARE(saved("bad.zyhelp"), "1|Y [de:D] links:");
+        edit("editAuthor", "Z");
+        run("actionSave");
+        QCOMPARE(m_window->statusBar()->currentMessage(), "Gespeichert: bad.zyhelp");
+        QCOMPARE(Test::readFile(m_root + u'/' + kept), badDoc);
+        QCOMPARE(QDir(m_root).entryList({"bad*"}).size(), kept.endsWith('1') ? 3 : 2);
+    }
+
+    // A save that fails keeps the edits for another try.
+    void saveFails()
+    {
+        click("sub/a.zyhelp");
+        edit("editAuthor", "Y");
+        QVERIFY(QFile::remove(m_root + "/sub/a.zyhelp") && QDir().mkdir(m_root + "/sub/a.zyhelp"));
+        QTest::ignoreMessage(QtWarningMsg, qPrintable("Konnte Datei nicht zum Schreiben öffnen: \"" + m_root
+                                                      + "/sub/a.zyhelp\""));
+        QCOMPARE(run("actionSave", {"OK"}), QStringList("Fehler|Speichern fehlgeschlagen.|3"));
+        QDir().rmdir(m_root + "/sub/a.zyhelp");
+        run("actionSave");
+        QCOMPARE(saved("sub/a.zyhelp"), QString(dumpA).replace("Anna", "Y"));
+    }
+
+private:
+    static int descendants(QTreeWidgetItem *node)
+    {
+        int count = node->childCount();
+        for (int i = 0; i < node->childCount(); ++i)
+            count += descendants(node->child(i));
+        return count;
+    }
+    QTreeWidget *tree() { return m_window->findChild<QTreeWidget *>("projectTree"); }
+    QString text(const char *name)
+    {
+        auto *line = m_window->findChild<QLineEdit *>(name);
+        return line ? line->text() : m_window->findChild<QPlainTextEdit *>(name)->toPlainText();
+    }
+    void edit(const char *name, const QString &text)
+    {
+        if (auto *line = m_window->findChild<QLineEdit *>(name))
+            line->setText(text);
+        else
+            m_window->findChild<QPlainTextEdit *>(name)->setPlainText(text);
+    }
+    QString page() { return m_window->findChild<QStackedWidget *>("editorStack")->currentWidget()->objectName(); }
+    QString saved(const QString &file)
+    {
+        const QString path = m_root + u'/' + file;
+        return QFile::exists(path) ? Test::dump(ZyHelp::HelpParser().parse(path)) : "<missing>";
+    }
+    QString links()
+    {
+        QStringList rows;
+        for (int i = 0; i < m_window->findChild<QListWidget *>("listLinks")->count(); ++i)
+            rows << m_window->findChild<QListWidget *>("listLinks")->item(i)->text();
+        return rows.join(u',');
+    }
+    // The node at a path of node texts, as "sub/a.zyhelp/de".
+    QTreeWidgetItem *node(const QString &path)
+    {
+        QTreeWidgetItem *item = tree()->invisibleRootItem();
+        for (const QString &text : path.split(u'/')) {
+            QTreeWidgetItem *parent = item;
+            for (int i = 0; i < parent->childCount() && item == parent; ++i)
+                item = parent->child(i)->text(0) == text ? parent->child(i) : item;
+            if (item == parent)
+                qFatal("no node %s", qPrintable(path));
+        }
+        return item;
+    }
+    void click(const QString &path) { emit tree()->itemClicked(node(path), 0); }
+    // Triggers an action or clicks a button, answering the windows it opens.
+    QStringList run(const char *name, const QStringList &replies = {}, const QString &warnings = {})
+    {
+        for (const QString &warning : warnings.split(u'|', Qt::SkipEmptyParts))
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^" + QRegularExpression::escape(warning)));
+        Test::DialogDriver driver(replies);
+        if (auto *action = m_window->findChild<QAction *>(name))
+            action->trigger();
+        else
+            m_window->findChild<QPushButton *>(name)->click();
+        return driver.seen;
+    }
+
+    std::optional<QTemporaryDir> m_dir;
+    QString m_root;
+    std::unique_ptr<MainWindow> m_window;
+};
+
+QTEST_MAIN(TstWindow)
+#include "tst_window.moc"

@@ -7,7 +7,7 @@ build="${BUILD_DIR:-$src/build}"
 
 bash "$src/scripts/setup.sh"
 cmake -S "$src" -B "$build" -DCMAKE_BUILD_TYPE=Release
-cmake --build "$build" --parallel "$(nproc)"
+cmake --build "$build" --parallel "$(nproc)" --target zyhelpeditor # tests and benchmarks are built by scripts/test.sh
 
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ] && [ -z "${QT_QPA_PLATFORM:-}" ]; then
     cat >&2 <<MSG

@@ -14,4 +14,4 @@ rm -rf "$build"
 cmake -S "$src" -B "$build" -DCMAKE_BUILD_TYPE=Release -DZY_WARNINGS_AS_ERRORS=ON
 cmake --build "$build" --parallel "$(nproc)"
 export QT_QPA_PLATFORM=offscreen
-ctest --test-dir "$build" --output-on-failure --timeout 600
+ctest --test-dir "$build" --output-on-failure --no-tests=error --timeout 600

@@ -128,6 +128,20 @@ private slots:
         QCOMPARE(Test::readFile(file), "old");
     }
 
+    // As a user who may write the file but not its folder: written in place.
+    void saveInPlace()
+    {
+        const QString file = m_root + "/a/P.zyproject";
+        Test::writeFile(file, "old");
+        QFile::setPermissions(file, QFileDevice::Permissions(0x6666));
+        for (const QString &dir : {m_root + "/a", m_root})
+            QFile::setPermissions(dir, QFileDevice::Permissions(0x5555));
+        QCOMPARE(Test::inChild([&] { return ProjectManager().createProject(m_root + "/a", "P") ? 1 : 2; }, true), 1);
+        QVERIFY(Test::readFile(file).contains("<file>x.zyhelp</file>"));
+        for (const QString &dir : {m_root + "/a", m_root})
+            QFile::setPermissions(dir, QFileDevice::Permissions(0x7700));
+    }
+
     void registers_data()
     {
         QTest::addColumn<QString>("known"); // lines in "Path" before

@@ -67,6 +67,11 @@ private slots:
                                      "  a.zyhelp 200  a.zyhelp*", "    de 300 de", "      Eins 400 de0",
                                      "      Zwei 400 de1", "      Drei 400 de2", "    en 300 en", "      One 400 en0"}));
         QCOMPARE(node("sub/a.zyhelp")->data(0, MainWindow::FilePathRole).toString(), m_root + "/sub/a.zyhelp");
+        QStringList menu;
+        for (QAction *action : m_window->findChild<QMenu *>("menuDatei")->actions())
+            menu << action->text() + action->shortcut().toString();
+        QCOMPARE(menu.join(u'|'), "Neues Projekt...|Projekt öffnen...||SpeichernCtrl+S||Neue Hilfe-Datei..."
+                                  "|Ansicht aktualisierenF5||Projektordner registrieren");
     }
 
     void pages()

@@ -19,7 +19,7 @@ HelpData sample(int sections = 2)
     d.languages["en"].description = " Hi\n";
     d.languages["de"].description = "";
     for (int i = 0; i < sections; ++i)
-        d.languages["de"].sections.append({"S" + QString::number(i), QString("a < b\nc ") + QChar(0xd800)});
+        d.languages["de"].sections.append({"S" + QString::number(i), QString("a < b\nc \U0001F600") + QChar(0xd800)});
     d.links = {"start", "", "start"};
     return d;
 }
@@ -27,7 +27,7 @@ HelpData sample(int sections = 2)
 const QByteArray sampleBytes =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyhelp version=\"1.0\" author=\"A &amp; &quot;B&quot;\">\n"
     "    <lang name=\"de\">\n        <description></description>\n"
-    "        <section name=\"S0\">a &lt; b\nc </section>\n        <section name=\"S1\">a &lt; b\nc </section>\n"
+    "        <section name=\"S0\">a &lt; b\nc \U0001F600</section>\n        <section name=\"S1\">a &lt; b\nc \U0001F600</section>\n"
     "    </lang>\n    <lang name=\"en\">\n        <description> Hi\n</description>\n    </lang>\n"
     "    <link page=\"start\"/>\n    <link page=\"\"/>\n    <link page=\"start\"/>\n</zyhelp>\n";
 
@@ -151,7 +151,7 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::addColumn<QString>("stop"); // line:column of the fault, "-" if unreadable
         QTest::newRow("written") << sampleBytes
-                                 << "1.0|A & \"B\" [de: (S0:a < b\nc) (S1:a < b\nc)] [en:Hi] links:start,,start" << "";
+                                 << "1.0|A & \"B\" [de: (S0:a < b\nc \U0001F600) (S1:a < b\nc \U0001F600)] [en:Hi] links:start,,start" << "";
         QTest::newRow("lang attributes")
             << QByteArray("<x version='v'><lang lang='b'/><lang name='a' lang='z'><description>1</description>"
                           "<description> 2 </description></lang><lang name=''><section>s</section></lang>"

@@ -10,6 +10,8 @@
 
 namespace {
 
+enum Role { TypeRole = Qt::UserRole + 1, PathRole, KeyRole, IndexRole }; // as other programs may read them
+
 const QByteArray docA = "<zyhelp version='2.1' author='Anna'><lang name='en'><description>Hello</description>"
                         "<section name='One'>Text one</section></lang><lang name='de'><description>Hallo"
                         "</description><section name='Eins'>1</section><section name='Zwei'>2</section>"
@@ -23,9 +25,9 @@ const QString dumpA = "2.1|Anna [de:Hallo (Eins:1) (Zwei:2) (Drei:3)] [en:Hello 
 // marks for an icon and for a node with children that is not expanded.
 void dumpNode(QTreeWidgetItem *node, const QString &indent, const QString &filePath, QStringList &out)
 {
-    const QString path = node->data(0, MainWindow::FilePathRole).toString();
-    out << indent + node->text(0) + u' ' + node->data(0, MainWindow::ItemTypeRole).toString() + u' '
-               + node->data(0, MainWindow::LangKeyRole).toString() + node->data(0, MainWindow::SectionIndexRole).toString()
+    const QString path = node->data(0, PathRole).toString();
+    out << indent + node->text(0) + u' ' + node->data(0, TypeRole).toString() + u' '
+               + node->data(0, KeyRole).toString() + node->data(0, IndexRole).toString()
                + (path != filePath ? u' ' + QFileInfo(path).fileName() : QString()) + (node->icon(0).isNull() ? "" : "*")
                + (node->childCount() && !node->isExpanded() ? " closed" : "");
     for (int i = 0; i < node->childCount(); ++i)
@@ -66,7 +68,7 @@ private slots:
         QCOMPARE(nodes, QStringList({"Sub 100 *", "  sub 100 *", "    sub.zyhelp 200  sub.zyhelp*", "sub 100 *",
                                      "  a.zyhelp 200  a.zyhelp*", "    de 300 de", "      Eins 400 de0",
                                      "      Zwei 400 de1", "      Drei 400 de2", "    en 300 en", "      One 400 en0"}));
-        QCOMPARE(node("sub/a.zyhelp")->data(0, MainWindow::FilePathRole).toString(), m_root + "/sub/a.zyhelp");
+        QCOMPARE(node("sub/a.zyhelp")->data(0, PathRole).toString(), m_root + "/sub/a.zyhelp");
         QStringList menu;
         for (QAction *action : m_window->findChild<QMenu *>("menuDatei")->actions())
             menu << action->text() + action->shortcut().toString();
@@ -180,12 +182,15 @@ private slots:
         QCOMPARE(run("actionNewFile", {m_root + "/neu/n.zyhelp"}),
                  QStringList("Neue Datei|" + m_root + "/neu|Hilfe (*.zyhelp)"));
         QCOMPARE(saved("neu/n.zyhelp"), "1.0|Ich [de:Neue Beschreibung] links:");
+        QCOMPARE(node("n.zyhelp/de")->text(0), "de");
         QVERIFY(Test::readFile(m_root + "/neu/MeinProjekt.zyproject").contains("<file>n.zyhelp</file>"));
         Test::writeFile(m_root + "/neu/m.zyhelp", "");
         QCOMPARE(run("actionReload", {}, "XML Parsing Fehler in \"" + m_root
                                              + "/neu/m.zyhelp\" : \"Premature end of document.\""), QStringList());
         QCOMPARE(tree()->topLevelItem(0)->text(0) + tree()->topLevelItem(1)->text(0), "m.zyhelpn.zyhelp");
+        QDir().mkpath(m_root + "/neu/later");
         QCOMPARE(run("actionRegisterPath", {"OK"}), QStringList("Info|Pfad (inkl. Unterordner) wurde registriert.|1"));
+        QVERIFY(Test::readFile(QCoreApplication::applicationDirPath() + "/Path").endsWith("/neu/later\n"));
 
         m_window = std::make_unique<MainWindow>();
         QCOMPARE(run("actionReload") + run("actionNewFile", {"OK"}) + run("actionRegisterPath", {"OK"}),
@@ -209,7 +214,7 @@ private slots:
         QCOMPARE(node("bad.zyhelp/de")->childCount(), 0);
         click("bad.zyhelp");
         edit("editAuthor", "Y");
-        QCOMPARE(run("actionSave"), QStringList());
+        QCOMPARE(run("btnSaveFile"), QStringList());
         QCOMPARE(m_window->statusBar()->currentMessage(),
                  "Gespeichert: bad.zyhelp (unvollständig gelesen, Original aufbewahrt als " + kept + ")");
         QCOMPARE(Test::readFile(m_root + u'/' + kept), badDoc);
@@ -231,7 +236,7 @@ private slots:
                                                       + "/sub/a.zyhelp\""));
         QCOMPARE(run("actionSave", {"OK"}), QStringList("Fehler|Speichern fehlgeschlagen.|3"));
         QDir().rmdir(m_root + "/sub/a.zyhelp");
-        run("actionSave");
+        run("btnSaveLang");
         QCOMPARE(saved("sub/a.zyhelp"), QString(dumpA).replace("Anna", "Y"));
     }
 

@@ -1,9 +1,11 @@
 #include "documentcollector.h"
+#include "pathkey.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
 #include <QXmlStreamReader>
 
 namespace ZyHelp::Check {
@@ -77,14 +79,15 @@ bool DocumentCollector::addPath(const QString &path)
 {
     const QFileInfo info(path);
     if (info.isDir()) {
-        if (isNew(path))
+        if (isNew(canonicalKey(path)))
             addFolder(path, path);
         return true;
     }
     if (info.isFile() && hasSuffix(path, QLatin1StringView(".zyproject")))
         return addProject(path);
     if (info.isFile() && hasSuffix(path, QLatin1StringView(".zyhelp"))) {
-        addDocument(DocumentEntry{path, path, info.fileName()});
+        if (isNew(canonicalKey(path)))
+            m_documents.append(DocumentEntry{path, path, info.fileName()});
         return true;
     }
     m_errorString = info.exists()
@@ -98,7 +101,7 @@ bool DocumentCollector::addProject(const QString &path)
     QStringList listed;
     if (!readProjectList(path, &listed, &m_errorString))
         return false;
-    if (!isNew(path))
+    if (!isNew(canonicalKey(path)))
         return true;
 
     const QDir root(QFileInfo(path).absolutePath());
@@ -129,32 +132,38 @@ bool DocumentCollector::addProject(const QString &path)
 // added before.
 QStringList DocumentCollector::addFolder(const QString &folder, const QString &displayBase)
 {
-    const QDir dir(QFileInfo(folder).absoluteFilePath());
-    QStringList found;
-    QDirIterator it(dir.path(), {QStringLiteral("*.zyhelp")}, QDir::Files,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext())
-        found.append(dir.relativeFilePath(it.next()));
-    found.sort(Qt::CaseSensitive);
-    for (const QString &relative : std::as_const(found))
-        addDocument(DocumentEntry{dir.filePath(relative), joined(displayBase, relative), relative});
-    return found;
-}
+    const QString root = QFileInfo(folder).absoluteFilePath();
+    const Internal::RelativePaths relativePaths(root);
+    QMap<QString, bool> found; // relative path: is a symbolic link
+    QDirIterator it(root, {QStringLiteral("*.zyhelp")}, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        found.insert(relativePaths.relativeFilePath(path), it.fileInfo().isSymLink());
+    }
 
-void DocumentCollector::addDocument(const DocumentEntry &entry)
-{
-    if (isNew(entry.filePath))
-        m_documents.append(entry);
+    // The walk enters no linked folder, so a document that is no link itself
+    // has the folder's canonical path joined with its relative path, without
+    // asking the file system about every document of a large project.
+    const QString canonicalRoot = canonicalKey(root);
+    for (auto f = found.cbegin(), end = found.cend(); f != end; ++f) {
+        const QString filePath = joined(root, f.key());
+        if (isNew(f.value() ? canonicalKey(filePath) : joined(canonicalRoot, f.key())))
+            m_documents.append(DocumentEntry{filePath, joined(displayBase, f.key()), f.key()});
+    }
+    return found.keys();
 }
 
 // A file or folder counts as known by its canonical path, so that a second
 // name for it (a relative path, "..", a symbolic link) adds nothing.
-bool DocumentCollector::isNew(const QString &path)
+QString DocumentCollector::canonicalKey(const QString &path)
 {
     const QFileInfo info(path);
-    QString key = info.canonicalFilePath();
-    if (key.isEmpty()) // a name the system does not give back: the file cannot be opened either
-        key = info.absoluteFilePath();
+    const QString canonical = info.canonicalFilePath();
+    return canonical.isEmpty() ? info.absoluteFilePath() : canonical; // empty: gone meanwhile
+}
+
+bool DocumentCollector::isNew(const QString &key)
+{
     const qsizetype before = m_seen.size();
     m_seen.insert(key);
     return m_seen.size() != before;

@@ -37,12 +37,12 @@ public:
 private:
     bool addProject(const QString &path);
     QStringList addFolder(const QString &folder, const QString &displayBase);
-    void addDocument(const DocumentEntry &entry);
-    bool isNew(const QString &path);
+    static QString canonicalKey(const QString &path);
+    bool isNew(const QString &key);
 
     QList<DocumentEntry> m_documents;
     QList<Finding> m_findings;
-    QSet<QString> m_seen; // canonical paths of the documents and project files added
+    QSet<QString> m_seen; // canonicalKey() of every document, folder and project file added
     QString m_errorString;
 };
 

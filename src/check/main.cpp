@@ -77,9 +77,10 @@ int main(int argc, char **argv)
         return usageError(QStringLiteral("--format must be text or json, not '%1'").arg(format));
     CheckOptions options;
     if (parser.isSet(languagesOption)) {
-        for (const QString &key : parser.value(languagesOption).split(u',')) {
-            if (!key.trimmed().isEmpty() && !options.languages.contains(key.trimmed()))
-                options.languages.append(key.trimmed());
+        for (const QString &part : parser.value(languagesOption).split(u',')) {
+            const QString key = part.trimmed();
+            if (!key.isEmpty() && !options.languages.contains(key))
+                options.languages.append(key);
         }
         if (options.languages.isEmpty())
             return usageError(QStringLiteral("--languages names no language"));

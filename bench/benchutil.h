@@ -50,3 +50,4 @@ void printRatio(const QString &name, double ratio, double target);
 void benchDocuments();
 void benchProject();
 void benchEditor();
+void benchCheck();

@@ -4,8 +4,9 @@
 
 #include <cstdio>
 
-// Prints the speed figures of the document, project and editor layers. Every
-// ratio compares two times measured in this one run on this one machine.
+// Prints the speed figures of the document, project and editor layers and of
+// the checker. Every ratio compares two times measured in this one run on this
+// one machine.
 int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen"
@@ -18,5 +19,7 @@ int main(int argc, char **argv)
     benchProject();
     std::printf("Editor\n");
     benchEditor();
+    std::printf("Checker\n");
+    benchCheck();
     return 0;
 }

@@ -1,0 +1,116 @@
+#include "checker.h"
+#include "documentcollector.h"
+#include "report.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+using namespace ZyHelp::Check;
+
+namespace {
+
+enum ExitStatus { Passed = 0, Failed = 1, UsageError = 2 };
+
+void write(std::FILE *stream, const QByteArray &bytes)
+{
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
+}
+
+int usageError(const QString &message)
+{
+    write(stderr, QStringLiteral("zyhelpcheck: %1\n").arg(message).toUtf8());
+    return UsageError;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("zyhelpcheck"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ZY_VERSION));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Checks help documents (.zyhelp) for faulty XML, missing languages, differing section\n"
+        "counts, unwritten texts and links that lead nowhere, and project files (.zyproject)\n"
+        "for documents they do not list. Exit status: 0 without errors, 1 with errors\n"
+        "(with --strict also with warnings), 2 for a usage error."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption formatOption(QStringLiteral("format"),
+                                          QStringLiteral("Output as text (default) or json."),
+                                          QStringLiteral("text|json"), QStringLiteral("text"));
+    const QCommandLineOption quietOption(QStringLiteral("quiet"),
+                                         QStringLiteral("Print only the summary."));
+    const QCommandLineOption strictOption(
+        QStringLiteral("strict"), QStringLiteral("Count warnings as errors for the exit status."));
+    const QCommandLineOption languagesOption(
+        QStringLiteral("languages"),
+        QStringLiteral("The languages every document must have, e.g. de,en; only these "
+                       "(default: every language any document of the check has)."),
+        QStringLiteral("keys"));
+    const QCommandLineOption referenceOption(
+        QStringLiteral("reference"),
+        QStringLiteral("The language whose number of sections the others must have "
+                       "(default: the one most documents have; of equally common ones the "
+                       "smallest key)."),
+        QStringLiteral("key"));
+    parser.addOptions({formatOption, quietOption, strictOption, languagesOption, referenceOption});
+    parser.addPositionalArgument(
+        QStringLiteral("PATH"),
+        QStringLiteral("A project file (.zyproject: the documents below its folder), a folder "
+                       "(the documents below it) or a help document (.zyhelp)."),
+        QStringLiteral("PATH..."));
+
+    if (!parser.parse(QCoreApplication::arguments()))
+        return usageError(parser.errorText());
+    if (parser.isSet(QStringLiteral("help")))
+        parser.showHelp(Passed);
+    if (parser.isSet(QStringLiteral("version")))
+        parser.showVersion();
+
+    const QString format = parser.value(formatOption);
+    if (format != u"text" && format != u"json")
+        return usageError(QStringLiteral("--format must be text or json, not '%1'").arg(format));
+    CheckOptions options;
+    if (parser.isSet(languagesOption)) {
+        for (const QString &part : parser.value(languagesOption).split(u',')) {
+            const QString key = part.trimmed();
+            if (!key.isEmpty() && !options.languages.contains(key))
+                options.languages.append(key);
+        }
+        if (options.languages.isEmpty())
+            return usageError(QStringLiteral("--languages names no language"));
+    }
+    options.reference = parser.value(referenceOption).trimmed();
+    const QStringList paths = parser.positionalArguments();
+    if (paths.isEmpty())
+        return usageError(QStringLiteral("no PATH given (see --help)"));
+
+    // Every path is looked at before anything is checked, so that one run
+    // names every path that is wrong.
+    DocumentCollector collector;
+    bool usable = true;
+    for (const QString &path : paths) {
+        if (!collector.addPath(path)) {
+            usageError(collector.errorString());
+            usable = false;
+        }
+    }
+    if (!usable)
+        return UsageError;
+
+    const CheckResult result = Checker(options).check(collector.documents(), collector.findings());
+    const bool quiet = parser.isSet(quietOption);
+    if (format == u"json")
+        write(stdout, jsonReport(result, quiet));
+    else
+        write(stdout, textReport(result, quiet).toUtf8());
+
+    const qsizetype failures = result.count(Finding::Error)
+        + (parser.isSet(strictOption) ? result.count(Finding::Warning) : 0);
+    return failures > 0 ? Failed : Passed;
+}

@@ -1,0 +1,84 @@
+#include "report.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace ZyHelp::Check {
+
+namespace {
+
+QString counted(qsizetype count, const QString &noun)
+{
+    const QString plural = count == 1 ? QString() : QStringLiteral("s");
+    return QStringLiteral("%1 %2%3").arg(count).arg(noun, plural);
+}
+
+QString severityName(Finding::Severity severity)
+{
+    return severity == Finding::Error ? QStringLiteral("error") : QStringLiteral("warning");
+}
+
+// A file name or an XML reader's message may hold a line break or another
+// control character; each finding stays on one line.
+QString oneLine(QString text)
+{
+    for (QChar &c : text) {
+        if (c.category() == QChar::Other_Control)
+            c = u'?';
+    }
+    return text;
+}
+
+} // namespace
+
+QString summaryLine(const CheckResult &result)
+{
+    return QStringLiteral("%1, %2, %3")
+        .arg(counted(result.documentCount, QStringLiteral("document")),
+             counted(result.count(Finding::Error), QStringLiteral("error")),
+             counted(result.count(Finding::Warning), QStringLiteral("warning")));
+}
+
+QString textReport(const CheckResult &result, bool quiet)
+{
+    QString text;
+    if (!quiet) {
+        for (const Finding &f : result.findings) {
+            const QString location = f.line > 0
+                ? QStringLiteral("%1:%2:%3").arg(f.path).arg(f.line).arg(f.column)
+                : f.path;
+            text += oneLine(QStringLiteral("%1: %2: %3 [%4]")
+                                .arg(location, severityName(f.severity), f.message, f.id))
+                + u'\n';
+        }
+    }
+    return text + summaryLine(result) + u'\n';
+}
+
+QByteArray jsonReport(const CheckResult &result, bool quiet)
+{
+    QJsonObject report;
+    report.insert(QStringLiteral("documents"), qint64(result.documentCount));
+    report.insert(QStringLiteral("errors"), qint64(result.count(Finding::Error)));
+    report.insert(QStringLiteral("warnings"), qint64(result.count(Finding::Warning)));
+    if (!quiet) {
+        QJsonArray findings;
+        for (const Finding &f : result.findings) {
+            QJsonObject finding;
+            finding.insert(QStringLiteral("path"), f.path);
+            if (f.line > 0) {
+                finding.insert(QStringLiteral("line"), f.line);
+                finding.insert(QStringLiteral("column"), f.column);
+            }
+            finding.insert(QStringLiteral("severity"), severityName(f.severity));
+            finding.insert(QStringLiteral("id"), f.id);
+            finding.insert(QStringLiteral("message"), f.message);
+            findings.append(finding);
+        }
+        report.insert(QStringLiteral("findings"), findings);
+    }
+    return QJsonDocument(report).toJson(QJsonDocument::Indented);
+}
+
+} // namespace ZyHelp::Check

@@ -38,7 +38,12 @@ out="$(desktop-file-validate "$desktop" 2>&1)" || fail "desktop-file-validate fa
 
 out="$(appstreamcli validate --no-net --pedantic --no-color "$metainfo" 2>&1)" ||
     fail "appstreamcli validate failed: $out"
-if grep -qE '^[EWIP]:' <<<"$out"; then
+# AppStream 1.0 asks for <developer>, which the validator of 0.x does not know yet.
+known='^$'
+if appstreamcli --version | grep -q 'AppStream version: 0\.'; then
+    known='^I: [^ ]*: unknown-tag developer$'
+fi
+if grep -E '^[EWIP]:' <<<"$out" | grep -qvE "$known"; then
     fail "appstreamcli validate: $out"
 fi
 

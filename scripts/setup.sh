@@ -9,7 +9,7 @@ packages=(
     xvfb xauth                                  # xvfb-run, for a window without a display
     qt6-translations-l10n                       # Qt's German texts for its dialogs and buttons
     desktop-file-utils appstream libxml2-utils  # validators of the installed desktop files
-    dpkg-dev                                    # dpkg-shlibdeps, for cpack -G DEB
+    dpkg-dev file                               # dpkg-shlibdeps and file, for cpack -G DEB
 )
 if [ "${ZY_SETUP_EXTRA:-}" != "" ]; then
     # shellcheck disable=SC2206

@@ -26,7 +26,7 @@ packages=(
     xvfb xauth
     qt6-translations-l10n
     desktop-file-utils appstream libxml2-utils
-    dpkg-dev
+    dpkg-dev file
     fonts-dejavu-core
     shared-mime-info
 )

@@ -55,9 +55,11 @@ field() { dpkg-deb -f "$deb" "$1"; }
 [ "$(field Version)" = "$version" ] || fail "package version is '$(field Version)', not $version"
 [ -n "$(field Maintainer)" ] || fail "no maintainer"
 [ -n "$(field Description)" ] || fail "no description"
-# The dependencies come from the libraries the binaries link (dpkg-shlibdeps).
-for dep in libc6 libstdc++6 libqt6core6 libqt6widgets6; do
-    field Depends | grep -Eq "(^|, )$dep( |,|$)" || fail "Depends lacks $dep: $(field Depends)"
+# The dependencies come from the libraries the binaries link (dpkg-shlibdeps);
+# a package name may go on (libqt6core6t64).
+depends=", $(field Depends)"
+for dep in "libc6 " "libstdc++6 " libqt6core6 libqt6widgets6; do
+    grep -qF ", $dep" <<<"$depends" || fail "Depends lacks $dep: $(field Depends)"
 done
 field Recommends | grep -q qt6-translations-l10n || fail "does not recommend qt6-translations-l10n"
 

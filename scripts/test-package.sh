@@ -24,7 +24,7 @@ installed() {
         *) return 0 ;;
     esac
 }
-purge() { apt-get purge -y -qq "$name" >/dev/null; }
+purge() { apt-get purge -y -qq -o Dpkg::Use-Pty=0 "$name" >/dev/null; }
 
 # What dpkg and apt keep for themselves, logs, and what is mounted for the
 # tests are left out; everything else on the system is listed.
@@ -71,8 +71,11 @@ before="$(mktemp)" after="$(mktemp)"
 trap 'status=$?; rm -f "$before" "$after"; if installed; then purge || echo "test-package: could not purge $name" >&2; fi; exit $status' EXIT
 snapshot >"$before"
 
-# Everything the package needs is in the root already: it must not download.
-apt-get install -y -qq --no-download "$deb" >/dev/null || fail "apt-get install $deb failed"
+# Everything the package needs is on the system already: apt must install
+# nothing else (and so download nothing).
+plan="$(apt-get install -s "$deb" 2>&1 | sed -n 's/^Inst \([^ ]*\) .*/\1/p')"
+[ "$plan" = "$name" ] || fail "apt-get would install more than $name: $(echo $plan)"
+apt-get install -y -qq -o Dpkg::Use-Pty=0 "$deb" >/dev/null || fail "apt-get install $deb failed"
 installed || fail "$name is not installed after apt-get install"
 
 out="$(QT_QPA_PLATFORM=offscreen zyhelpeditor --version 2>/dev/null)" ||

@@ -7,6 +7,9 @@ packages=(
     cmake g++ make
     qt6-base-dev qt6-base-dev-tools libgl-dev   # Qt 6 Core, Gui, Widgets, Test, moc, uic
     xvfb xauth                                  # xvfb-run, for a window without a display
+    qt6-translations-l10n                       # Qt's German texts for its dialogs and buttons
+    desktop-file-utils appstream libxml2-utils  # validators of the installed desktop files
+    dpkg-dev file                               # dpkg-shlibdeps and file, for cpack -G DEB
 )
 if [ "${ZY_SETUP_EXTRA:-}" != "" ]; then
     # shellcheck disable=SC2206

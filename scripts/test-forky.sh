@@ -18,12 +18,17 @@ suite=forky
 marker=.zy-forky-ready
 
 # Everything scripts/setup.sh asks for, so it finds nothing missing in the root
-# (the root has no network use after it is made), plus fonts for widget tests.
+# (the root has no network use after it is made), plus fonts for widget tests
+# and the mime database, whose trigger the package test watches.
 packages=(
     cmake g++ make
     qt6-base-dev qt6-base-dev-tools libgl-dev
     xvfb xauth
+    qt6-translations-l10n
+    desktop-file-utils appstream libxml2-utils
+    dpkg-dev file
     fonts-dejavu-core
+    shared-mime-info
 )
 package_list="$(IFS=,; echo "${packages[*]}")"
 
@@ -254,4 +259,7 @@ if touch "$root/src/.zy-write-test" 2>/dev/null; then
 fi
 
 run_child in_root "$root" env CI="${CI:-}" BUILD_DIR=/build bash /src/scripts/test.sh
+# The root is the clean system the package is tried on: built against its Qt,
+# installed, checked and removed again, leaving the root as it was.
+run_child in_root "$root" bash /src/scripts/test-package.sh /build
 log "forky leg passed (Qt $qt_version)"

@@ -507,6 +507,31 @@ void MainWindow::on_actionOpenProject_triggered()
         loadProjectView();
 }
 
+bool MainWindow::openProjectFile(const QString &path)
+{
+    // The path comes from the command line or a file manager, not from a file
+    // dialog that only offers project files, so it is checked first.
+    const QFileInfo info(path);
+    QString reason;
+    if (!info.exists())
+        reason = tr("Die Datei gibt es nicht.");
+    else if (info.isDir())
+        reason = tr("Das ist ein Ordner, keine Projektdatei (*.zyproject).");
+    else if (info.suffix().compare(QLatin1String("zyproject"), Qt::CaseInsensitive) != 0)
+        reason = tr("Das ist keine Projektdatei (*.zyproject).");
+    else if (!m_projectManager.openProject(info.absoluteFilePath()))
+        reason = tr("Die Datei kann nicht gelesen werden.");
+
+    if (!reason.isEmpty()) {
+        QMessageBox::warning(this, tr("Info"),
+                             tr("Das Projekt kann nicht geöffnet werden:\n%1\n\n%2")
+                                 .arg(QDir::toNativeSeparators(path), reason));
+        return false;
+    }
+    loadProjectView();
+    return true;
+}
+
 void MainWindow::on_actionNewFile_triggered()
 {
     if (m_projectManager.rootPath().isEmpty()) {

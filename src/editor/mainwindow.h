@@ -41,6 +41,10 @@ public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
+    // Opens the project file at path as "Projekt öffnen..." does. A path that is
+    // no readable project file gets a warning box naming it; nothing is opened.
+    bool openProjectFile(const QString &path);
+
 private slots:
     void on_projectTree_itemClicked(QTreeWidgetItem *item, int column);
     void on_btnAddLink_clicked();

@@ -5,74 +5,67 @@
 
 namespace Test {
 
-// Answers the modal windows and menus that a command opens, in the order they
-// come: a message box button ("Yes", "No", "OK"), the text for an input or
-// file dialog, a menu entry; "Esc" cancels. `seen` gets a line per window,
-// what it showed. A window without a reply is cancelled and marked, and one
-// still open 5 s after its reply is closed, so a test fails instead of hanging.
+// Answers the modal windows and menus that a command opens, in their order: a
+// message box button ("Yes", "No", "OK"), an input or file dialog's text, a
+// menu entry; "Esc" cancels. `seen` gets what each window showed. A window
+// without a reply is cancelled and one still open 5 s after its reply closed,
+// so that a test fails instead of hanging.
 class DialogDriver
 {
 public:
-    explicit DialogDriver(QStringList replies = {})
-        : m_replies(std::move(replies))
+    explicit DialogDriver(QStringList replies = {}) : m_replies(std::move(replies))
     {
-        QObject::connect(&m_timer, &QTimer::timeout, [this] { poll(); });
+        QObject::connect(&m_timer, &QTimer::timeout, [this] {
+            QWidget *window = QApplication::activePopupWidget();
+            window = window ? window : QApplication::activeModalWidget();
+            if (window && window == m_current && m_since.hasExpired(5000))
+                window->close();
+            if (window && window != m_current) {
+                m_current = window;
+                m_since.start();
+                // Answered outside this slot: polling goes on in the loops the answer opens.
+                QTimer::singleShot(0, window, [this, window] { answer(window); });
+            }
+        });
         m_timer.start(5);
     }
 
     QStringList seen;
 
 private:
-    void poll()
-    {
-        QWidget *window = QApplication::activePopupWidget();
-        window = window ? window : QApplication::activeModalWidget();
-        if (window && window == m_current && m_since.hasExpired(5000)) {
-            seen.append("left open");
-            window->close();
-        }
-        if (!window || window == m_current)
-            return;
-        m_current = window;
-        m_since.start();
-        // Answered outside this slot, so that polling goes on in the loops the answer opens.
-        QTimer::singleShot(0, window, [this, window] { answer(window); });
-    }
-
     void answer(QWidget *window)
     {
-        const bool unexpected = m_replies.isEmpty();
-        const QString reply = unexpected ? QString("Esc") : m_replies.takeFirst();
-        QStringList shown{window->windowTitle()};
-        if (auto *box = qobject_cast<QMessageBox *>(window))
-            shown << box->text() << QString::number(box->icon());
-        if (auto *input = qobject_cast<QInputDialog *>(window))
-            shown << input->labelText() << input->textValue();
+        const QString reply = m_replies.isEmpty() ? QString("unexpected") : m_replies.takeFirst();
+        auto *box = qobject_cast<QMessageBox *>(window);
+        auto *input = qobject_cast<QInputDialog *>(window);
         auto *files = qobject_cast<QFileDialog *>(window);
+        auto *menu = qobject_cast<QMenu *>(window);
+        QStringList shown{window->windowTitle()};
+        if (box)
+            shown << box->text() << QString::number(box->icon());
+        if (input)
+            shown << input->labelText() << input->textValue();
         if (files)
             shown << files->directory().absolutePath() << files->nameFilters().join(u';');
-        auto *menu = qobject_cast<QMenu *>(window);
         for (QAction *action : menu ? menu->actions() : QList<QAction *>()) {
             shown << (action->isSeparator() ? "-" : action->text());
             if (action->text() == reply)
                 menu->setActiveAction(action);
         }
-        seen.append((unexpected ? "unexpected " : "") + shown.join(u'|'));
-
-        auto *box = qobject_cast<QMessageBox *>(window);
-        if (reply == "Esc" || (menu && !menu->activeAction())) {
-            QTest::keyClick(window, Qt::Key_Escape);
-        } else if (box) {
-            box->button(reply == "Yes" ? QMessageBox::Yes : reply == "No" ? QMessageBox::No : QMessageBox::Ok)->click();
-        } else if (menu) {
+        seen.append((reply == "unexpected" ? "unexpected " : "") + shown.join(u'|'));
+        const auto button = reply == "Yes" ? QMessageBox::Yes : reply == "No" ? QMessageBox::No : QMessageBox::Ok;
+        if (box && box->button(button))
+            box->button(button)->click();
+        else if (menu && menu->activeAction())
             QTest::keyClick(menu, Qt::Key_Return);
-        } else if (auto *input = qobject_cast<QInputDialog *>(window)) {
-            input->setTextValue(reply);
-            input->accept();
-        } else if (files) {
-            files->selectFile(reply);
-            files->findChild<QLineEdit *>("fileNameEdit")->setText(reply);
-            static_cast<QDialog *>(files)->accept();
+        else if ((input || files) && reply != "Esc" && reply != "unexpected") {
+            if (input)
+                input->setTextValue(reply);
+            if (files)
+                files->findChild<QLineEdit *>("fileNameEdit")->setText(reply);
+            static_cast<QDialog *>(window)->accept();
+        } else {
+            QTest::keyClick(window, Qt::Key_Escape);
         }
     }
 

@@ -174,8 +174,8 @@ private slots:
     {
         QDir().mkpath(m_root + "/neu");
         QDir::setCurrent(m_root);
-        QCOMPARE(run("actionNewProject", {m_root + "/neu", ""}), QStringList({"Projektordner wählen|" + m_root + "|All Files (*)",
-                                                                              "Neues Projekt|Projektname:|MeinProjekt"}));
+        const QStringList seen = run("actionNewProject", {m_root + "/neu", ""}); // a folder, then no name
+        QCOMPARE(seen.value(0).section(u'|', 0, 0) + u'|' + seen.value(1), "Projektordner wählen|Neues Projekt|Projektname:|MeinProjekt");
         QVERIFY(!QFile::exists(m_root + "/neu/.zyproject"));
         QCOMPARE(run("actionNewProject", {m_root + "/neu", "MeinProjekt", "OK"}).last(), "Info|Projekt erstellt!|1");
         QCOMPARE(m_window->windowTitle(), "Editor - MeinProjekt");
@@ -195,6 +195,29 @@ private slots:
         m_window = std::make_unique<MainWindow>();
         QCOMPARE(run("actionReload") + run("actionNewFile", {"OK"}) + run("actionRegisterPath", {"OK"}),
                  QStringList({"Info|Bitte erst ein Projekt öffnen/erstellen.|2", "Info|Kein Projekt geöffnet.|2"}));
+    }
+
+    void openFromCommandLine_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("outcome"); // the window's title, or why the box refuses the path
+        QTest::newRow("project") << "p.zyproject" << "Editor - Handbuch";
+        QTest::newRow("folder") << "sub" << "Das ist ein Ordner, keine Projektdatei (*.zyproject).";
+        QTest::newRow("document") << "sub/a.zyhelp" << "Das ist keine Projektdatei (*.zyproject).";
+        QTest::newRow("missing") << "none.zyproject" << "Die Datei gibt es nicht.";
+        QTest::newRow("unreadable") << "locked.zyproject" << "Die Datei kann nicht gelesen werden.";
+    }
+    void openFromCommandLine()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, outcome);
+        QFile::link("/proc/sys/vm/drop_caches", m_root + "/locked.zyproject"); // not even root may read it
+        m_window = std::make_unique<MainWindow>();
+        Test::DialogDriver driver({"OK"});
+        const bool opened = m_window->openProjectFile(m_root + u'/' + path);
+        QCOMPARE(driver.seen.join(u' '), opened ? "" : "Info|Das Projekt kann nicht geöffnet werden:\n" + m_root + u'/'
+                                                           + path + "\n\n" + outcome + "|2");
+        QCOMPARE(m_window->windowTitle(), opened ? outcome : "ZY Help Editor");
     }
 
     // A document read only up to a fault is kept beside it before its first save.

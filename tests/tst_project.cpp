@@ -4,9 +4,7 @@
 
 #include <QtTest>
 
-#include <csignal>
 #include <optional>
-#include <sys/resource.h>
 
 using namespace ZyHelp;
 
@@ -120,9 +118,7 @@ private slots:
         const QString file = m_root + "/many/P.zyproject";
         Test::writeFile(file, "old");
         QCOMPARE(Test::inChild([&] {
-            std::signal(SIGXFSZ, SIG_IGN);
-            const rlimit limit{4096, 4096};
-            setrlimit(RLIMIT_FSIZE, &limit);
+            Test::limitFileSize(4096);
             return ProjectManager().createProject(m_root + "/many", "P") ? 1 : 2;
         }), 2);
         QCOMPARE(Test::readFile(file), "old");
@@ -178,9 +174,7 @@ private slots:
     {
         Test::writeFile(pathList(), QByteArray(5000, '\n'));
         QCOMPARE(Test::inChild([&] {
-            std::signal(SIGXFSZ, SIG_IGN);
-            const rlimit limit{4096, 4096};
-            setrlimit(RLIMIT_FSIZE, &limit);
+            Test::limitFileSize(4096);
             static QString warning;
             qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &m) { warning += m; });
             const bool created = ProjectManager().createProject(m_root, "P");

@@ -83,12 +83,12 @@ private slots:
         QCOMPARE(text("editAuthor") + text("editVersion") + links(), "Anna2.1start,index");
         edit("editAuthor", "Bob");
         edit("editNewLink", "  neu ");
-        m_window->findChild<QPushButton *>("btnAddLink")->click();
+        run("btnAddLink");
         edit("editNewLink", "  ");
-        m_window->findChild<QPushButton *>("btnAddLink")->click();
+        run("btnAddLink");
         QCOMPARE(text("editNewLink") + links(), "  start,index,neu");
         m_window->findChild<QListWidget *>("listLinks")->setCurrentRow(0);
-        m_window->findChild<QPushButton *>("btnRemoveLink")->click();
+        run("btnRemoveLink");
 
         click("sub/a.zyhelp/de"); // takes the file page over
         QCOMPARE(page() + text("editLangDescription"), "pageLanguageHallo");
@@ -272,18 +272,10 @@ private:
         return count;
     }
     QTreeWidget *tree() { return m_window->findChild<QTreeWidget *>("projectTree"); }
-    QString text(const char *name)
-    {
-        auto *line = m_window->findChild<QLineEdit *>(name);
-        return line ? line->text() : m_window->findChild<QPlainTextEdit *>(name)->toPlainText();
-    }
-    void edit(const char *name, const QString &text)
-    {
-        if (auto *line = m_window->findChild<QLineEdit *>(name))
-            line->setText(text);
-        else
-            m_window->findChild<QPlainTextEdit *>(name)->setPlainText(text);
-    }
+    // The text of a line edit or a plain text edit.
+    QString text(const char *name) { return m_window->findChild<QWidget *>(name)->property(textProperty(name)).toString(); }
+    void edit(const char *name, const QString &text) { m_window->findChild<QWidget *>(name)->setProperty(textProperty(name), text); }
+    static const char *textProperty(const char *name) { return qstrcmp(name, "editContent") ? "text" : "plainText"; }
     QString page() { return m_window->findChild<QStackedWidget *>("editorStack")->currentWidget()->objectName(); }
     QString saved(const QString &file)
     {
@@ -293,8 +285,8 @@ private:
     QString links()
     {
         QStringList rows;
-        for (int i = 0; i < m_window->findChild<QListWidget *>("listLinks")->count(); ++i)
-            rows << m_window->findChild<QListWidget *>("listLinks")->item(i)->text();
+        for (QListWidgetItem *row : m_window->findChild<QListWidget *>("listLinks")->findItems("", Qt::MatchContains))
+            rows << row->text();
         return rows.join(u',');
     }
     // The node at a path of node texts, as "sub/a.zyhelp/de".

@@ -44,9 +44,13 @@ private:
 
 void printFigure(const QString &name, double value, const QString &unit);
 void printRatio(const QString &name, double ratio, double target);
+void printRange(const QString &name, double ratio, double low, double high);
 
 } // namespace Bench
 
 void benchDocuments();
 void benchProject();
 void benchEditor();
+// The child process of the editor part: opens the project file and prints the
+// time and the peak memory. Returns the exit code.
+int benchColdOpen(const QString &projectFile);

@@ -104,4 +104,11 @@ void printRatio(const QString &name, double ratio, double target)
     std::fflush(stdout);
 }
 
+void printRange(const QString &name, double ratio, double low, double high)
+{
+    std::printf("  %-58s %10.2f   (target %.2f..%.2f: %s)\n", qPrintable(name), ratio, low, high,
+                ratio >= low && ratio <= high ? "met" : "MISSED");
+    std::fflush(stdout);
+}
+
 } // namespace Bench

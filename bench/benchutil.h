@@ -44,6 +44,7 @@ private:
 
 void printFigure(const QString &name, double value, const QString &unit);
 void printRatio(const QString &name, double ratio, double target);
+void printRange(const QString &name, double ratio, double low, double high);
 
 } // namespace Bench
 
@@ -51,3 +52,6 @@ void benchDocuments();
 void benchProject();
 void benchEditor();
 void benchCheck();
+// The child process of the editor part: opens the project file and prints the
+// time and the peak memory. Returns the exit code.
+int benchColdOpen(const QString &projectFile);

@@ -3,23 +3,35 @@
 #include <QApplication>
 
 #include <cstdio>
+#include <cstring>
 
 // Prints the speed figures of the document, project and editor layers and of
 // the checker. Every ratio compares two times measured in this one run on this
-// one machine.
+// one machine. A part's name as the argument runs that part alone.
 int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", qgetenv("QT_QPA_PLATFORM").isEmpty() ? "offscreen"
                                                                      : qgetenv("QT_QPA_PLATFORM"));
     QApplication app(argc, argv);
+    if (argc == 3 && std::strcmp(argv[1], "--cold-open") == 0)
+        return benchColdOpen(QString::fromLocal8Bit(argv[2]));
+    const auto runs = [&](const char *part) { return argc < 2 || std::strcmp(argv[1], part) == 0; };
 
-    std::printf("Help documents\n");
-    benchDocuments();
-    std::printf("Projects\n");
-    benchProject();
-    std::printf("Editor\n");
-    benchEditor();
-    std::printf("Checker\n");
-    benchCheck();
+    if (runs("documents")) {
+        std::printf("Help documents\n");
+        benchDocuments();
+    }
+    if (runs("project")) {
+        std::printf("Projects\n");
+        benchProject();
+    }
+    if (runs("editor")) {
+        std::printf("Editor\n");
+        benchEditor();
+    }
+    if (runs("check")) {
+        std::printf("Checker\n");
+        benchCheck();
+    }
     return 0;
 }

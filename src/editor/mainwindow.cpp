@@ -4,7 +4,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
@@ -12,49 +11,55 @@
 #include <QMessageBox>
 #include <QStyle>
 
-#include <array>
+#include <utility>
 
 namespace {
 
-// A document, language or section node. What it stands for is read through the
-// data roles of column 0 like on any node, but kept in members: QTreeWidgetItem
-// copies its whole list of roles on every setData, which made filling the tree
-// of a large project take half as long again as reading its documents.
+// A document, language or section node. Its text and what it stands for are
+// read through the data roles of column 0 like on any node, but kept in members:
+// QTreeWidgetItem keeps them in lists of its own, two more allocations per node
+// and a copy of the list on every setData.
 class ProjectItem : public QTreeWidgetItem
 {
 public:
-    ProjectItem(int kind, const QString &text, const QString &filePath)
+    ProjectItem(int kind, const QString &text, const QString &filePath,
+                const QString &langKey = QString(), int sectionIndex = -1)
+        : m_kind(kind)
+        , m_sectionIndex(sectionIndex)
+        , m_text(text)
+        , m_filePath(filePath)
+        , m_langKey(langKey)
     {
-        setText(0, text);
-        m_roles[0] = kind;
-        m_roles[1] = filePath;
-    }
-    ProjectItem(int kind, const QString &text, const QString &filePath, const QString &langKey)
-        : ProjectItem(kind, text, filePath)
-    {
-        m_roles[2] = langKey;
-    }
-    ProjectItem(const QString &text, const QString &filePath, const QString &langKey,
-                int sectionIndex)
-        : ProjectItem(MainWindow::TypeSection, text, filePath, langKey)
-    {
-        m_roles[3] = sectionIndex;
     }
 
     QVariant data(int column, int role) const override
     {
-        if (isOwnRole(column, role))
-            return m_roles[role - MainWindow::ItemTypeRole];
+        if (column == 0) {
+            switch (role) {
+            case Qt::DisplayRole:
+            case Qt::EditRole:
+                return m_text;
+            case MainWindow::ItemTypeRole:
+                return m_kind;
+            case MainWindow::FilePathRole:
+                return m_filePath;
+            case MainWindow::LangKeyRole:
+                return m_kind == MainWindow::TypeFile ? QVariant() : QVariant(m_langKey);
+            case MainWindow::SectionIndexRole:
+                return m_kind == MainWindow::TypeSection ? QVariant(m_sectionIndex) : QVariant();
+            default:
+                break;
+            }
+        }
         return QTreeWidgetItem::data(column, role);
     }
 
     void setData(int column, int role, const QVariant &value) override
     {
-        if (!isOwnRole(column, role)) {
+        if (column != 0 || !setOwnData(role, value)) {
             QTreeWidgetItem::setData(column, role, value);
             return;
         }
-        m_roles[role - MainWindow::ItemTypeRole] = value;
         emitDataChanged();
     }
 
@@ -63,25 +68,79 @@ public:
 private:
     ProjectItem(const ProjectItem &other) = default;
 
-    static bool isOwnRole(int column, int role)
+    bool setOwnData(int role, const QVariant &value)
     {
-        return column == 0 && role >= MainWindow::ItemTypeRole && role <= MainWindow::SectionIndexRole;
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::EditRole:
+            m_text = value.toString();
+            return true;
+        case MainWindow::ItemTypeRole:
+            m_kind = value.toInt();
+            return true;
+        case MainWindow::FilePathRole:
+            m_filePath = value.toString();
+            return true;
+        case MainWindow::LangKeyRole:
+            m_langKey = value.toString();
+            return true;
+        case MainWindow::SectionIndexRole:
+            m_sectionIndex = value.toInt();
+            return true;
+        default:
+            return false;
+        }
     }
 
-    std::array<QVariant, 4> m_roles; // ItemTypeRole to SectionIndexRole
+    int m_kind;
+    int m_sectionIndex;
+    QString m_text;
+    QString m_filePath;
+    QString m_langKey;
 };
 
-// The style's folder icon. Asking the style for it costs more than all the rest
-// of finding or making a folder node, so each style is asked once; the icon is
-// kept on the style and goes with it.
-QIcon folderIcon()
+// The language and section nodes of a document, not yet in a tree.
+QList<QTreeWidgetItem *> languageNodes(const QString &filePath, const ZyHelp::HelpData &document)
+{
+    QList<QTreeWidgetItem *> nodes;
+    nodes.reserve(document.languages.size());
+    for (auto lang = document.languages.cbegin(); lang != document.languages.cend(); ++lang) {
+        auto *langItem = new ProjectItem(MainWindow::TypeLanguage, lang.key(), filePath, lang.key());
+        for (qsizetype i = 0; i < lang->sections.size(); ++i) {
+            auto *sectionItem = new ProjectItem(MainWindow::TypeSection, lang->sections.at(i).name,
+                                                filePath, lang.key(), int(i));
+            // Else expandAll() keeps every section as an expanded node, with a
+            // persistent index each: most of its time.
+            sectionItem->setFlags(sectionItem->flags() | Qt::ItemNeverHasChildren);
+            langItem->addChild(sectionItem);
+        }
+        nodes.append(langItem);
+    }
+    return nodes;
+}
+
+// The wait cursor for as long as it lives.
+class WaitCursor
+{
+public:
+    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
+
+private:
+    Q_DISABLE_COPY(WaitCursor)
+};
+
+// One of the style's standard icons. Asking the style for one costs more than all
+// the rest of making a folder node, so each style is asked once per icon; the
+// icons are kept on the style and go with it.
+QIcon styleIcon(QStyle::StandardPixmap pixmap)
 {
     QStyle *style = QApplication::style();
-    static const char key[] = "_zyhelp_folderIcon";
-    QVariant icon = style->property(key);
+    const QByteArray key = "_zyhelp_icon_" + QByteArray::number(int(pixmap));
+    QVariant icon = style->property(key.constData());
     if (!icon.isValid()) {
-        icon = QVariant::fromValue(style->standardIcon(QStyle::SP_DirIcon));
-        style->setProperty(key, icon);
+        icon = QVariant::fromValue(style->standardIcon(pixmap));
+        style->setProperty(key.constData(), icon);
     }
     return icon.value<QIcon>();
 }
@@ -101,7 +160,7 @@ QTreeWidgetItem *getFolderItem(QTreeWidget *tree, QTreeWidgetItem *parent, const
 
     auto *folder = new QTreeWidgetItem;
     folder->setText(0, name);
-    folder->setIcon(0, folderIcon());
+    folder->setIcon(0, styleIcon(QStyle::SP_DirIcon));
     folder->setData(0, MainWindow::ItemTypeRole, MainWindow::TypeFolder);
     if (parent)
         parent->addChild(folder);
@@ -126,6 +185,9 @@ MainWindow::MainWindow(QWidget *parent)
     ui->menuDatei->addAction(actionRegisterPath);
 
     ui->projectTree->setContextMenuPolicy(Qt::CustomContextMenu);
+    // A rebuild expands every node again, as the full one does.
+    connect(ui->projectTree, &QTreeView::collapsed, this,
+            [this](const QModelIndex &index) { m_collapsedNodes.append(index); });
     connect(ui->btnSaveFile, &QPushButton::clicked, this, &MainWindow::on_actionSave_triggered);
     connect(ui->btnSaveSection, &QPushButton::clicked, this, &MainWindow::on_actionSave_triggered);
     connect(ui->btnSaveLang, &QPushButton::clicked, this, &MainWindow::on_actionSave_triggered);
@@ -140,53 +202,109 @@ MainWindow::~MainWindow()
 
 void MainWindow::loadProjectView()
 {
-    ui->projectTree->clear();
-    m_helpFiles.clear();
-    m_partlyRead.clear();
+    const WaitCursor waitCursor;
     m_currentItem = nullptr;
     setWindowTitle(tr("Editor - ") + m_projectManager.projectName());
 
     const QDir root(m_projectManager.rootPath());
-    const QIcon fileIcon = style()->standardIcon(QStyle::SP_FileIcon);
-    const QStringList files = m_projectManager.files();
-    for (const QString &entry : files) {
-        const QString filePath = root.filePath(entry);
-        if (!QFile::exists(filePath))
-            continue;
+    const QStringList entries = m_projectManager.files();
+    QStringList filePaths;
+    filePaths.reserve(entries.size());
+    for (const QString &entry : entries)
+        filePaths.append(root.filePath(entry));
 
-        ZyHelp::ParseStatus status;
-        const ZyHelp::HelpData document = m_parser.parse(filePath, &status);
+    // The same list as last time: the nodes stay, and only those of documents that
+    // changed are made anew. Otherwise all are made while the documents are read.
+    const bool sameList = filePaths == m_listedPaths;
+    m_listedPaths = filePaths;
+    if (sameList && updateDocuments(filePaths))
+        return;
+
+    ui->projectTree->clear();
+    m_documentItems.clear();
+    m_helpFiles.clear();
+    m_partlyRead.clear();
+    m_documents.read(filePaths, [&](qsizetype i, const ZyHelp::DocumentCache::Document &document) {
+        const QString &filePath = filePaths.at(i);
+        ZyHelp::HelpParser::logStatus(filePath, document.status);
+        if (document.status.outcome == ZyHelp::ParseStatus::Faulty)
+            m_partlyRead.insert(filePath);
+        m_helpFiles.insert(m_helpFiles.cend(), filePath, document.data);
+        addDocumentNodes(entries.at(i), filePath, document.data);
+    });
+    ui->projectTree->expandAll();
+    m_collapsedNodes.clear();
+}
+
+// For the documents shown: takes over what is on disk, dropping the edits made here
+// since the last rebuild, and makes anew the nodes of documents whose languages
+// changed. Every change of the languages here detaches them from the read they came
+// from, and a new read brings new ones, so languages still shared are unchanged.
+// Returns false when a file came or went after the list was made; the full rebuild
+// then replaces all that was changed here.
+bool MainWindow::updateDocuments(const QStringList &filePaths)
+{
+    // Documents, file nodes and list are in the same order, unless the list is not
+    // sorted; then every rebuild is a full one.
+    if (m_helpFiles.size() != m_documentItems.size())
+        return false;
+    ui->projectTree->selectionModel()->clear();
+    QList<std::pair<QString, ZyHelp::ParseStatus>> faults;
+    auto copy = m_helpFiles.begin();
+    auto item = m_documentItems.cbegin();
+    bool same = true;
+    m_documents.read(filePaths, [&](qsizetype i, const ZyHelp::DocumentCache::Document &document) {
+        const QString &filePath = filePaths.at(i);
+        same = same && copy != m_helpFiles.end() && copy.key() == filePath;
+        if (!same)
+            return;
+        if (document.status.outcome != ZyHelp::ParseStatus::Complete)
+            faults.append({filePath, document.status});
+        if (!copy->languages.isSharedWith(document.data.languages)) {
+            qDeleteAll((*item)->takeChildren());
+            const QList<QTreeWidgetItem *> languages = languageNodes(filePath, document.data);
+            (*item)->addChildren(languages);
+            for (QTreeWidgetItem *language : languages)
+                language->setExpanded(true);
+        }
+        *copy = document.data;
+        ++copy;
+        ++item;
+    });
+    if (!same || copy != m_helpFiles.end())
+        return false;
+
+    m_partlyRead.clear();
+    for (const auto &[filePath, status] : std::as_const(faults)) {
         ZyHelp::HelpParser::logStatus(filePath, status);
         if (status.outcome == ZyHelp::ParseStatus::Faulty)
             m_partlyRead.insert(filePath);
-        m_helpFiles.insert(filePath, document);
-
-        QStringList folders = entry.split(QLatin1Char('/'));
-        const QString fileName = folders.takeLast();
-        QTreeWidgetItem *parent = nullptr;
-        for (const QString &folder : std::as_const(folders))
-            parent = getFolderItem(ui->projectTree, parent, folder);
-
-        // The document's nodes are filled before the file node joins the tree, so
-        // the view is told about each document once, not about every node.
-        auto *fileItem = new ProjectItem(TypeFile, fileName, filePath);
-        fileItem->setIcon(0, fileIcon);
-        for (auto lang = document.languages.cbegin(); lang != document.languages.cend(); ++lang) {
-            auto *langItem = new ProjectItem(TypeLanguage, lang.key(), filePath, lang.key());
-            fileItem->addChild(langItem);
-            for (qsizetype i = 0; i < lang->sections.size(); ++i) {
-                langItem->addChild(
-                    new ProjectItem(lang->sections.at(i).name, filePath, lang.key(), int(i)));
-            }
-        }
-
-        if (parent)
-            parent->addChild(fileItem);
-        else
-            ui->projectTree->addTopLevelItem(fileItem);
     }
+    for (const QPersistentModelIndex &node : std::as_const(m_collapsedNodes))
+        ui->projectTree->expand(node); // nothing for a node made anew
+    m_collapsedNodes.clear();
+    return true;
+}
 
-    ui->projectTree->expandAll();
+void MainWindow::addDocumentNodes(const QString &entry, const QString &filePath,
+                                  const ZyHelp::HelpData &document)
+{
+    QStringList folders = entry.split(QLatin1Char('/'));
+    const QString fileName = folders.takeLast();
+    QTreeWidgetItem *parent = nullptr;
+    for (const QString &folder : std::as_const(folders))
+        parent = getFolderItem(ui->projectTree, parent, folder);
+
+    // The document's nodes are filled before the file node joins the tree, so
+    // the view is told about each document once, not about every node.
+    auto *fileItem = new ProjectItem(TypeFile, fileName, filePath);
+    fileItem->setIcon(0, styleIcon(QStyle::SP_FileIcon));
+    fileItem->addChildren(languageNodes(filePath, document));
+    if (parent)
+        parent->addChild(fileItem);
+    else
+        ui->projectTree->addTopLevelItem(fileItem);
+    m_documentItems.append(fileItem);
 }
 
 // ---- Editing pages and saving ---------------------------------------------------
@@ -503,6 +621,7 @@ void MainWindow::on_actionOpenProject_triggered()
                                                       tr("Projekte (*.zyproject)"));
     if (path.isEmpty())
         return;
+    const WaitCursor waitCursor; // finding the documents takes its time as well
     if (m_projectManager.openProject(path))
         loadProjectView();
 }
@@ -563,6 +682,7 @@ void MainWindow::on_actionReload_triggered()
 {
     if (m_projectManager.rootPath().isEmpty())
         return;
+    const WaitCursor waitCursor;
     m_projectManager.refreshFileList();
     loadProjectView();
 }

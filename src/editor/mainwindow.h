@@ -1,12 +1,16 @@
 #pragma once
 
+#include "documentcache.h"
 #include "helpdata.h"
 #include "projectmanager.h"
 
+#include <QList>
 #include <QMainWindow>
 #include <QMap>
+#include <QPersistentModelIndex>
 #include <QSet>
 #include <QString>
+#include <QStringList>
 
 QT_BEGIN_NAMESPACE
 class QTreeWidget;
@@ -62,16 +66,22 @@ private slots:
 
 private:
     void loadProjectView();
+    bool updateDocuments(const QStringList &filePaths);
+    void addDocumentNodes(const QString &entry, const QString &filePath,
+                          const ZyHelp::HelpData &document);
     void syncUiToData();
     void saveFile(const QString &filePath);
     QString keepOriginal(const QString &filePath);
 
     Ui_MainWindow *ui;
-    ZyHelp::HelpParser m_parser;
     ZyHelp::HelpWriter m_writer;
     ZyHelp::ProjectManager m_projectManager;
+    ZyHelp::DocumentCache m_documents;
     QMap<QString, ZyHelp::HelpData> m_helpFiles;
-    QTreeWidgetItem *m_currentItem = nullptr;
     QSet<QString> m_partlyRead; // documents whose last read stopped at a fault
+    QStringList m_listedPaths; // the project's documents at the last rebuild
+    QList<QTreeWidgetItem *> m_documentItems; // the file nodes, in the order of m_helpFiles
+    QList<QPersistentModelIndex> m_collapsedNodes; // since the last rebuild
+    QTreeWidgetItem *m_currentItem = nullptr;
     QSet<QString> m_keptOriginals; // documents whose original was kept in this session
 };

@@ -10,8 +10,6 @@ using namespace ZyHelp;
 
 namespace {
 
-const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-
 QString pathList()
 {
     return QCoreApplication::applicationDirPath() + "/Path";
@@ -20,14 +18,11 @@ QString pathList()
 // Every string of up to `length` tokens.
 QStringList combinations(const QStringList &tokens, int length)
 {
-    QStringList all{QString()}, last{QString()};
-    for (int i = 0; i < length; ++i) {
-        QStringList next;
-        for (const QString &head : std::as_const(last))
+    QStringList all{QString()};
+    for (qsizetype from = 0, to = 1; length-- > 0; from = to, to = all.size()) {
+        for (qsizetype i = from; i < to; ++i)
             for (const QString &token : tokens)
-                next.append(head + token);
-        all += next;
-        last = next;
+                all.append(all.at(i) + token);
     }
     return all;
 }
@@ -54,33 +49,23 @@ private slots:
         ProjectManager pm;
         QVERIFY(!pm.saveProject());
         QVERIFY(pm.createProject(m_root, "H&<\""));
-        QCOMPARE(pm.files(), QStringList({"ALT.ZYHELP", "Z.zyhelp", "a/b/c/d.zyhelp", "a/x.zyhelp", "a2.zyhelp",
-                                          "b.zyhelp"}));
         const QString file = m_root + "/H&<\".zyproject";
-        QCOMPARE(Test::readFile(file), declaration + "<zyproject name=\"H&amp;&lt;&quot;\">\n"
-                 "    <file>ALT.ZYHELP</file>\n    <file>Z.zyhelp</file>\n    <file>a/b/c/d.zyhelp</file>\n"
-                 "    <file>a/x.zyhelp</file>\n    <file>a2.zyhelp</file>\n    <file>b.zyhelp</file>\n"
-                 "</zyproject>\n");
-
+        QCOMPARE(Test::readFile(file), Test::readFile(QFINDTESTDATA("data/project.zyproject")));
         pm.addFileToProject(m_root + "/new.zyhelp"); // appended unsorted, saved
         pm.addFileToProject("./b.zyhelp");
-        pm.addFileToProject("b.zyhelp"); // listed: not saved again
         QFile::remove(file);
-        pm.addFileToProject("b.zyhelp");
+        pm.addFileToProject("b.zyhelp"); // listed: not saved again
         QVERIFY(!QFile::exists(file));
         QCOMPARE(pm.files().mid(5), QStringList({"b.zyhelp", "new.zyhelp", "./b.zyhelp"}));
         pm.removeFileFromProject(m_root + "/ALT.ZYHELP", true);
         pm.removeFileFromProject(m_root + "/n.txt", true); // not listed: saved and deleted all the same
         QVERIFY(!QFile::exists(m_root + "/ALT.ZYHELP") && !QFile::exists(m_root + "/n.txt"));
         QVERIFY(Test::readFile(file).contains("\">\n    <file>Z.zyhelp</file>"));
-
-        ProjectManager empty;
         QDir().mkpath(m_root + "/e");
-        QVERIFY(empty.createProject(m_root + "/e", ""));
-        QCOMPARE(Test::readFile(m_root + "/e/.zyproject"), declaration + "<zyproject name=\"\"/>\n");
-        QVERIFY(!empty.createProject(m_root, "missing/P")); // state changed all the same
-        QCOMPARE(empty.projectName(), "missing/P");
-        QCOMPARE(empty.files().size(), 5); // ALT.ZYHELP is gone
+        QVERIFY(pm.createProject(m_root + "/e", ""));
+        QCOMPARE(Test::readFile(m_root + "/e/.zyproject"), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyproject name=\"\"/>\n");
+        QVERIFY(!pm.createProject(m_root, "missing/P")); // the state changed all the same
+        QCOMPARE(pm.projectName() + pm.files().join(u','), "missing/PZ.zyhelp,a/b/c/d.zyhelp,a/x.zyhelp,a2.zyhelp,b.zyhelp");
     }
 
     void open_data()
@@ -95,7 +80,6 @@ private slots:
     void open()
     {
         QFETCH(QByteArray, xml);
-        QFETCH(QString, name);
         Test::writeFile(m_root + "/a/p.zyproject", xml);
         ProjectManager pm;
         QVERIFY(pm.createProject(m_root, "Before"));
@@ -103,11 +87,8 @@ private slots:
         QCOMPARE(pm.rootPath(), m_root);
         QDir::setCurrent(m_root);
         QVERIFY(pm.openProject("a/./p.zyproject"));
-        QCOMPARE(pm.projectName(), name);
-        QCOMPARE(pm.rootPath(), m_root + "/a");
-        QCOMPARE(pm.files(), QStringList({"b/c/d.zyhelp", "x.zyhelp"}));
-        QVERIFY(pm.saveProject());
-        QVERIFY(Test::readFile(m_root + "/a/p.zyproject").contains("<file>x.zyhelp</file>"));
+        QTEST(pm.projectName(), "name");
+        QCOMPARE(pm.rootPath() + u'|' + pm.files().join(u','), m_root + "/a|b/c/d.zyhelp,x.zyhelp");
     }
 
     // On a full disk the project file stays whole, and a "Path" list that
@@ -155,18 +136,15 @@ private slots:
         QFETCH(QString, known);
         QFETCH(QStringList, appended);
         QDir().mkpath(m_root + "/A"); // one line for a and A, whichever comes first
-        const QByteArray before = QString(known).replace("ROOT", m_root).toUtf8();
+        const QByteArray before = known.replace("ROOT", m_root).toUtf8();
         Test::writeFile(pathList(), before);
         for (const QString &folder : appended)
-            QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Registriere Unterordner: \"" + m_root
-                                                               + "(" + folder + "|/A)\"$"));
+            QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Registriere Unterordner: \"" + m_root + "(" + folder + "|/A)\"$"));
         ProjectManager pm;
         pm.createProject(m_root, "P");
         const QByteArray after = Test::readFile(pathList());
-        QVERIFY(after.startsWith(before));
         QStringList lines = QString(after.mid(before.size())).replace(m_root + "/A", m_root + "/a").split(u'\n');
-        QCOMPARE(lines.takeLast(), "");
-        QCOMPARE(lines.value(0), m_root + appended.value(0));
+        QCOMPARE(after.left(before.size()) + lines.takeLast().toUtf8() + lines.value(0).toUtf8(), before + m_root + appended.value(0));
         lines.sort();
         QCOMPARE(lines.join(u'|'), (m_root + appended.join(u'|' + m_root)));
         pm.registerPathInGlobalConfig(); // nothing new, where the last line was whole
@@ -178,21 +156,16 @@ private slots:
     {
         QStringList strings;
         for (char32_t c = 0; c <= 0x1FFFF; ++c) // no character beyond plane 1 has a case
-            strings.append(QString::fromUcs4(&c, 1));
-        for (char16_t c = 0xD800; c < 0xE000; ++c)
-            strings.append(QChar(c));
-        strings += combinations({"a", "K", QChar(0x212A), "s", QChar(0x17F), "\u00DF", QChar(0x1E9E), QChar(0x130),
-                                 "i", QChar(0x131), QChar(0x3C2), QChar(0x3A3), QChar(0xD801), QChar(0xDC28),
-                                 QChar(0xDC00)}, 3);
+            strings.append(c >= 0xD800 && c < 0xE000 ? QString(QChar(c)) : QString::fromUcs4(&c, 1));
+        strings += combinations({"a", "K", "\u212A", "s", "\u017F", "\u00DF", "\u1E9E", "\u0130", "i", "\u0131", "\u03C2",
+                                 "\u03A3", QChar(0xD801), QChar(0xDC28), QChar(0xDC00)}, 3);
         auto less = [](const QString &a, const QString &b) { return QString::compare(a, b, Qt::CaseInsensitive) < 0; };
         std::sort(strings.begin(), strings.end(), less);
         QHash<QString, QString> firstOfKey;
         for (qsizetype i = 0; i < strings.size(); ++i) {
             const QString key = Internal::caseKey(strings.at(i));
-            const QString first = firstOfKey.value(key, strings.at(i));
-            firstOfKey.insert(key, first);
-            if (QString::compare(first, strings.at(i), Qt::CaseInsensitive) != 0
-                || (i > 0 && less(strings.at(i - 1), strings.at(i)) == (key == Internal::caseKey(strings.at(i - 1)))))
+            const QString first = *firstOfKey.insert(key, firstOfKey.value(key, strings.at(i)));
+            if (less(first, strings.at(i)) || (i > 0 && less(strings.at(i - 1), strings.at(i)) == (key == Internal::caseKey(strings.at(i - 1)))))
                 QFAIL(qPrintable("keys differ from compare at " + strings.at(i)));
         }
     }
@@ -202,24 +175,18 @@ private slots:
         const QStringList candidates{"/srv/Hilfe", "/srv/Hilfe/a", "/srv/Hilfe/A/b.c", "/srv/Hilfe/\u00DF", "/srv/Hilfe/a"};
         const Internal::CandidateSet set(candidates);
         const QStringList roots{"/srv/Hilfe", "/srv/Hilfe/", "srv/Hilfe", "/srv/./Hilfe"};
-        QList<Internal::RelativePaths> relative;
-        QList<QDir> dirs;
-        for (const QString &root : roots) {
-            relative.append(Internal::RelativePaths(root));
-            dirs.append(QDir(root));
-        }
         for (const QString &tail : combinations({"/", "a", "A", ".", "..", "\\", ":", "b.c", "SS", "\u00DF"}, 5)) {
             for (const QString &path : {tail, "/srv/Hilfe" + tail, "/srv/hilf" + tail, "/srv" + tail + "Hilfe/a"}) {
                 const QString clean = QDir::cleanPath(path);
                 QCOMPARE(Internal::cleanPath(path), clean);
                 QVERIFY(!Internal::isCleanPath(path) || clean == path);
                 QCOMPARE(Internal::cleanCaseKey(path), Internal::caseKey(clean));
-                qsizetype first = -1;
-                for (qsizetype i = candidates.size() - 1; i >= 0; --i)
-                    first = QString::compare(candidates.at(i), clean, Qt::CaseInsensitive) == 0 ? i : first;
-                QCOMPARE(set.indexOf(path), first);
-                for (qsizetype i = 0; i < roots.size(); ++i)
-                    QCOMPARE(relative.at(i).relativeFilePath(path), dirs.at(i).relativeFilePath(path));
+                qsizetype first = candidates.size() - 1;
+                while (first >= 0 && QString::compare(candidates.at(first), clean, Qt::CaseInsensitive) != 0)
+                    --first;
+                QCOMPARE(set.indexOf(path), first < 0 ? -1 : set.firstEqual(first));
+                for (const QString &root : roots)
+                    QCOMPARE(Internal::RelativePaths(root).relativeFilePath(path), QDir(root).relativeFilePath(path));
             }
         }
         QCOMPARE(set.firstEqual(4), 1);

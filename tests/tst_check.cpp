@@ -1,32 +1,47 @@
+#include "testutil.h"
+
 #include <QtTest>
 
-// Runs the built zyhelpcheck in tests/check, so that it prints the same paths everywhere.
-// check/project has one instance of every finding; its gesperrt.zyhelp links to the write-only
-// /proc/sys/vm/drop_caches, which not even root may read. check/verknuepft links to check/project.
+// Runs the built zyhelpcheck in a copy of tests/check, so that it prints the same paths
+// everywhere. check/project has one instance of every finding; the copy adds
+// project/gesperrt.zyhelp, a link to the write-only /proc/sys/vm/drop_caches, which not even
+// root may read, and verknuepft, a link to project.
+static QTemporaryDir data;
+
 class tst_Check : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void initTestCase()
+    {
+        const QDir source(QStringLiteral(ZY_CHECK_DATA));
+        QDirIterator it(source.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString file = it.next();
+            Test::writeFile(data.filePath(source.relativeFilePath(file)), Test::readFile(file));
+        }
+        QVERIFY(QFile::link("/proc/sys/vm/drop_caches", data.filePath("project/gesperrt.zyhelp")));
+        QVERIFY(QFile::link("project", data.filePath("verknuepft")));
+    }
     void run_data();
     void run();
     void json();
 };
 
+static QByteArray expected()
+{
+    return Test::readFile(QStringLiteral(ZY_CHECK_DATA "/expected.txt"));
+}
+
 // The exit code (-1 for a crash or hang), stdout and stderr.
 static std::tuple<int, QByteArray, QByteArray> check(const QString &arguments)
 {
     QProcess proc;
-    proc.setWorkingDirectory(QStringLiteral(ZY_CHECK_DATA));
+    proc.setWorkingDirectory(data.path());
     proc.start(QStringLiteral(ZY_CHECK_BINARY), arguments.split(u' '));
     const bool ok = proc.waitForFinished(60000) && proc.exitStatus() == QProcess::NormalExit;
     return {ok ? proc.exitCode() : -1, proc.readAllStandardOutput(), proc.readAllStandardError()};
-}
-
-static QByteArray expected()
-{
-    QFile file(QStringLiteral(ZY_CHECK_DATA "/expected.txt"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no expected.txt");
 }
 
 void tst_Check::run_data()

@@ -43,26 +43,22 @@ private:
         QStringList shown{window->windowTitle()};
         if (box)
             shown << box->text() << QString::number(box->icon());
-        if (input)
-            shown << input->labelText() << input->textValue();
-        if (files)
-            shown << files->directory().absolutePath() << files->nameFilters().join(u';');
-        for (QAction *action : menu ? menu->actions() : QList<QAction *>()) {
+        if (input || files)
+            shown << (input ? input->labelText() : files->directory().absolutePath())
+                  << (input ? input->textValue() : files->nameFilters().join(u';'));
+        for (QAction *action : menu ? menu->actions() : QList<QAction *>())
             shown << (action->isSeparator() ? "-" : action->text());
-            if (action->text() == reply)
-                menu->setActiveAction(action);
-        }
         seen.append((reply == "unexpected" ? "unexpected " : "") + shown.join(u'|'));
         const auto button = reply == "Yes" ? QMessageBox::Yes : reply == "No" ? QMessageBox::No : QMessageBox::Ok;
-        if (box && box->button(button))
+        const QList<QAction *> entries = menu ? menu->actions() : QList<QAction *>();
+        const auto entry = std::find_if(entries.cbegin(), entries.cend(), [&](QAction *a) { return a->text() == reply; });
+        if (box && box->button(button)) {
             box->button(button)->click();
-        else if (menu && menu->activeAction())
+        } else if (entry != entries.cend()) {
+            menu->setActiveAction(*entry); // as the user does it: highlighted, then Return
             QTest::keyClick(menu, Qt::Key_Return);
-        else if ((input || files) && reply != "Esc" && reply != "unexpected") {
-            if (input)
-                input->setTextValue(reply);
-            if (files)
-                files->findChild<QLineEdit *>("fileNameEdit")->setText(reply);
+        } else if ((input || files) && reply != "Esc" && reply != "unexpected") {
+            window->findChild<QLineEdit *>(input ? QString() : QString("fileNameEdit"))->setText(reply);
             static_cast<QDialog *>(window)->accept();
         } else {
             QTest::keyClick(window, Qt::Key_Escape);

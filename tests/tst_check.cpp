@@ -2,11 +2,25 @@
 
 #include <QtTest>
 
-// Runs the built zyhelpcheck in a copy of tests/check, so that it prints the same paths
-// everywhere. check/project has one instance of every finding; the copy adds
-// project/gesperrt.zyhelp, a link to the write-only /proc/sys/vm/drop_caches, which not even
-// root may read, and verknuepft, a link to project.
-static QTemporaryDir data;
+namespace {
+
+// A copy of tests/check, where zyhelpcheck runs, so that it prints the same paths everywhere.
+// check/project has one instance of every finding; the copy adds project/gesperrt.zyhelp, a
+// link to the write-only /proc/sys/vm/drop_caches, which not even root may read, and
+// verknuepft, a link to project.
+QTemporaryDir data;
+
+// The exit code (-1 for a crash or hang), stdout and stderr.
+std::tuple<int, QByteArray, QByteArray> check(const QString &arguments)
+{
+    QProcess proc;
+    proc.setWorkingDirectory(data.path());
+    proc.start(QStringLiteral(ZY_CHECK_BINARY), arguments.split(u' '));
+    const bool ok = proc.waitForFinished(60000) && proc.exitStatus() == QProcess::NormalExit;
+    return {ok ? proc.exitCode() : -1, proc.readAllStandardOutput(), proc.readAllStandardError()};
+}
+
+} // namespace
 
 class tst_Check : public QObject
 {
@@ -24,81 +38,65 @@ private slots:
         QVERIFY(QFile::link("/proc/sys/vm/drop_caches", data.filePath("project/gesperrt.zyhelp")));
         QVERIFY(QFile::link("project", data.filePath("verknuepft")));
     }
-    void run_data();
-    void run();
-    void json();
-};
 
-static QByteArray expected()
-{
-    return Test::readFile(QStringLiteral(ZY_CHECK_DATA "/expected.txt"));
-}
-
-// The exit code (-1 for a crash or hang), stdout and stderr.
-static std::tuple<int, QByteArray, QByteArray> check(const QString &arguments)
-{
-    QProcess proc;
-    proc.setWorkingDirectory(data.path());
-    proc.start(QStringLiteral(ZY_CHECK_BINARY), arguments.split(u' '));
-    const bool ok = proc.waitForFinished(60000) && proc.exitStatus() == QProcess::NormalExit;
-    return {ok ? proc.exitCode() : -1, proc.readAllStandardOutput(), proc.readAllStandardError()};
-}
-
-void tst_Check::run_data()
-{
-    QTest::addColumn<QString>("arguments");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QByteArray>("out");
-    QTest::addColumn<QByteArray>("err");
-
-    const QByteArray draft = "warnings/entwurf.zyhelp: warning: language 'de': the description "
-        "is still the placeholder \"...\" [placeholder]\n1 document, 0 errors, 1 warning\n";
-    const auto row = [](const char *name, const char *arguments, int exitCode,
-                        const QByteArray &out, const QByteArray &err = QByteArray()) {
-        QTest::newRow(name) << QString::fromUtf8(arguments) << exitCode << out << err;
-    };
-    row("every finding", "project/handbuch.zyproject", 1, expected());
-    row("quiet, all twice", "--quiet project/gesperrt.zyhelp project/kapitel/../start.zyhelp "
-        "project/handbuch.zyproject ./project/handbuch.zyproject verknuepft", 1,
-        "6 documents, 3 errors, 6 warnings\n");
-    row("clean, twice", "clean/ ./clean/seite.zyhelp", 0, "1 document, 0 errors, 0 warnings\n");
-    row("no documents", "notxml", 0, "0 documents, 0 errors, 0 warnings\n");
-    row("warnings", "warnings", 0, draft);
-    row("warnings, strict", "--strict warnings", 1, draft);
-    row("languages", "--languages de,fr clean", 1, "clean/seite.zyhelp: error: language 'fr' is "
-        "missing; --languages requires it [missing-language]\n1 document, 1 error, 0 warnings\n");
-    row("missing path", "clean fehlt", 2, "", "zyhelpcheck: fehlt: no such file or folder\n");
-    row("format", "--format x", 2, "", "zyhelpcheck: --format must be text or json, not 'x'\n");
-    row("not XML", "notxml/notxml.zyproject", 2, "", "zyhelpcheck: notxml/notxml.zyproject:4:1: "
-        "not a project file: Premature end of document.\n");
-}
-
-void tst_Check::run()
-{
-    QFETCH(QString, arguments);
-    const auto [exitCode, out, err] = check(arguments);
-    QTEST(out, "out");
-    QTEST(err, "err");
-    QTEST(exitCode, "exitCode");
-}
-
-// The JSON form, written out as text lines, must be the text form.
-void tst_Check::json()
-{
-    const QByteArray out = std::get<1>(check("--format json project/handbuch.zyproject"));
-    const QVariantMap report = QJsonDocument::fromJson(out).object().toVariantMap();
-    QString text;
-    for (const QVariant &finding : report["findings"].toList()) {
-        const QVariantMap f = finding.toMap();
-        const QString at =
-            f.contains("line") ? ":" + f["line"].toString() + ":" + f["column"].toString() : "";
-        text += f["path"].toString() + at + ": " + f["severity"].toString() + ": "
-            + f["message"].toString() + " [" + f["id"].toString() + "]\n";
+    void run_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("out");
+        QTest::addColumn<QByteArray>("err");
+        const QByteArray draft = "warnings/entwurf.zyhelp: warning: language 'de': the description "
+                                 "is still the placeholder \"...\" [placeholder]\n1 document, 0 errors, 1 warning\n";
+        const auto row = [](const char *name, const char *arguments, int exitCode, const QByteArray &out,
+                            const QByteArray &err = QByteArray()) {
+            QTest::newRow(name) << QString::fromUtf8(arguments) << exitCode << out << err;
+        };
+        row("every finding", "project/handbuch.zyproject", 1, Test::readFile(ZY_CHECK_DATA "/expected.txt"));
+        row("quiet, all twice", "--quiet project/gesperrt.zyhelp project/kapitel/../start.zyhelp "
+            "project/handbuch.zyproject ./project/handbuch.zyproject verknuepft", 1, "6 documents, 3 errors, 6 warnings\n");
+        row("clean, twice", "clean/ ./clean/seite.zyhelp", 0, "1 document, 0 errors, 0 warnings\n");
+        row("no documents", "notxml", 0, "0 documents, 0 errors, 0 warnings\n");
+        row("warnings", "warnings", 0, draft);
+        row("warnings, strict", "--strict warnings", 1, draft);
+        row("languages", "--languages de,fr clean", 1, "clean/seite.zyhelp: error: language 'fr' is "
+            "missing; --languages requires it [missing-language]\n1 document, 1 error, 0 warnings\n");
+        row("missing path", "clean fehlt", 2, "", "zyhelpcheck: fehlt: no such file or folder\n");
+        row("format", "--format x", 2, "", "zyhelpcheck: --format must be text or json, not 'x'\n");
+        row("not XML", "notxml/notxml.zyproject", 2, "", "zyhelpcheck: notxml/notxml.zyproject:4:1: "
+            "not a project file: Premature end of document.\n");
     }
-    text += report["documents"].toString() + " documents, " + report["errors"].toString()
-        + " errors, " + report["warnings"].toString() + " warnings\n";
-    QCOMPARE(text.toUtf8(), expected());
-}
+    void run()
+    {
+        QFETCH(QString, arguments);
+        const auto [exitCode, out, err] = check(arguments);
+        QTEST(out, "out");
+        QTEST(err, "err");
+        QTEST(exitCode, "exitCode");
+    }
+
+    // The JSON form, written out as text lines, must be the text form.
+    void json()
+    {
+        const QByteArray out = std::get<1>(check("--format json project/handbuch.zyproject"));
+        const QVariantMap report = QJsonDocument::fromJson(out).object().toVariantMap();
+        QString text;
+        for (const QVariant &finding : report["findings"].toList()) {
+            const QVariantMap f = finding.toMap();
+            const QString at = f.contains("line") ? ":" + f["line"].toString() + ":" + f["column"].toString() : "";
+            text += f["path"].toString() + at + ": " + f["severity"].toString() + ": " + f["message"].toString()
+                    + " [" + f["id"].toString() + "]\n";
+        }
+        text += report["documents"].toString() + " documents, " + report["errors"].toString() + " errors, "
+                + report["warnings"].toString() + " warnings\n";
+        QCOMPARE(text.toUtf8(), Test::readFile(ZY_CHECK_DATA "/expected.txt"));
+    }
+
+    void help() // this program's own options and arguments
+    {
+        const QByteArray out = std::get<1>(check("--help"));
+        QCOMPARE(out.mid(out.indexOf("  --format")), Test::readFile(ZY_CHECK_DATA "/help.txt"));
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_Check)
 #include "tst_check.moc"

@@ -58,7 +58,7 @@ private slots:
         row("no documents", "notxml", 0, "0 documents, 0 errors, 0 warnings\n");
         row("warnings", "warnings", 0, draft);
         row("warnings, strict", "--strict warnings", 1, draft);
-        row("languages", "--languages de,fr clean", 1, "clean/seite.zyhelp: error: language 'fr' is "
+        row("languages", "--languages de,\tfr clean", 1, "clean/seite.zyhelp: error: language 'fr' is "
             "missing; --languages requires it [missing-language]\n1 document, 1 error, 0 warnings\n");
         row("missing path", "clean fehlt", 2, "", "zyhelpcheck: fehlt: no such file or folder\n");
         row("format", "--format x", 2, "", "zyhelpcheck: --format must be text or json, not 'x'\n");

@@ -191,6 +191,29 @@ private slots:
         QCOMPARE(m_window->windowTitle(), opened ? outcome : "ZY Help Editor");
     }
 
+    void commandLine_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("output"); // a part of it
+        QTest::newRow("version") << "--version" << 0 << "zyhelpeditor 1.0.0\n";
+        QTest::newRow("help") << "--help" << 0 << "[PROJEKT.zyproject]\nEditor für mehrsprachige Hilfedokumente (ZY Help "
+                                                  "Editor).\n";
+        QTest::newRow("help on the argument") << "-h" << 0 << "Projektdatei (.zyproject), die beim Start geöffnet wird.";
+        QTest::newRow("two") << "a b" << 1 << "zyhelpeditor: Es kann nur eine Projektdatei angegeben werden.\n";
+    }
+    void commandLine()
+    {
+        QFETCH(QString, arguments);
+        QProcess editor;
+        editor.start(ZY_EDITOR_BINARY, arguments.split(u' '));
+        QVERIFY(editor.waitForFinished(10000));
+        const QString printed = editor.readAllStandardOutput() + editor.readAllStandardError();
+        QFETCH(QString, output);
+        QVERIFY2(printed.contains(output), qPrintable(printed));
+        QTEST(editor.exitCode(), "exitCode");
+    }
+
     // A rebuild reads again only what changed on disk, and shows the same tree as
     // a fresh read on one thread: an unsaved rename dropped, a collapsed node open.
     void rebuild_data()

@@ -2,10 +2,8 @@
 
 #include "helpdata.h"
 
-#include <QByteArray>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <csignal>
 #include <sys/resource.h>
@@ -22,9 +20,8 @@ inline QByteArray readFile(const QString &path)
 
 inline void writeFile(const QString &path, const QByteArray &bytes)
 {
-    QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         qFatal("cannot write %s", qPrintable(path));
 }
 
@@ -41,18 +38,16 @@ inline QString dump(const ZyHelp::HelpData &d)
     return out + " links:" + d.links.join(u',');
 }
 
-// Runs work in a child process and returns its exit code: for faults that
-// only a process can meet (a file size limit, a kill). With asUser, a child
-// of root drops to "nobody", so that file permissions apply to it.
+// Runs work in a child process and returns its exit code: for faults that only
+// a process meets (a file size limit, a kill). With asUser, a child of root
+// drops to "nobody", so that file permissions apply to it.
 template<typename Work>
 int inChild(Work work, bool asUser = false)
 {
     const pid_t pid = fork();
     if (pid == 0) {
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-        if (asUser && getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
-            _exit(99);
-        _exit(work());
+        _exit(asUser && getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0) ? 99 : work());
     }
     int status = 0;
     waitpid(pid, &status, 0);

@@ -68,29 +68,6 @@ private slots:
         QCOMPARE(pm.projectName() + pm.files().join(u','), "missing/PZ.zyhelp,a/b/c/d.zyhelp,a/x.zyhelp,a2.zyhelp,b.zyhelp");
     }
 
-    void open_data()
-    {
-        QTest::addColumn<QByteArray>("xml");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("nested") << QByteArray("<a><zyproject name='N'><file>x</file></zyproject></a>") << "N";
-        QTest::newRow("no name") << QByteArray("<zyproject/>") << "";
-        QTest::newRow("other root") << QByteArray("<ZyProject name='N'/>") << "Before";
-        QTest::newRow("not xml") << QByteArray("no xml <zyproject name='N'/>") << "Before";
-    }
-    void open()
-    {
-        QFETCH(QByteArray, xml);
-        Test::writeFile(m_root + "/a/p.zyproject", xml);
-        ProjectManager pm;
-        QVERIFY(pm.createProject(m_root, "Before"));
-        QVERIFY(!pm.openProject(m_root + "/none.zyproject"));
-        QCOMPARE(pm.rootPath(), m_root);
-        QDir::setCurrent(m_root);
-        QVERIFY(pm.openProject("a/./p.zyproject"));
-        QTEST(pm.projectName(), "name");
-        QCOMPARE(pm.rootPath() + u'|' + pm.files().join(u','), m_root + "/a|b/c/d.zyhelp,x.zyhelp");
-    }
-
     // On a full disk the project file stays whole, and a "Path" list that
     // cannot grow is noticed: nothing is logged as registered.
     void fileSizeLimit()

@@ -193,23 +193,20 @@ private slots:
 
     void commandLine_data()
     {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<int>("exitCode"); // for the arguments in the row's name
         QTest::addColumn<QString>("output"); // a part of it
-        QTest::newRow("version") << "--version" << 0 << "zyhelpeditor 1.0.0\n";
-        QTest::newRow("help") << "--help" << 0 << "[PROJEKT.zyproject]\nEditor für mehrsprachige Hilfedokumente (ZY Help "
-                                                  "Editor).\n";
-        QTest::newRow("help on the argument") << "-h" << 0 << "Projektdatei (.zyproject), die beim Start geöffnet wird.";
-        QTest::newRow("two") << "a b" << 1 << "zyhelpeditor: Es kann nur eine Projektdatei angegeben werden.\n";
+        QTest::newRow("--version") << 0 << "zyhelpeditor 1.0.0\n";
+        QTest::newRow("--help") << 0 << "[PROJEKT.zyproject]\nEditor für mehrsprachige Hilfedokumente (ZY Help Editor).\n";
+        QTest::newRow("-h") << 0 << "Projektdatei (.zyproject), die beim Start geöffnet wird.";
+        QTest::newRow("a b") << 1 << "zyhelpeditor: Es kann nur eine Projektdatei angegeben werden.\n";
     }
     void commandLine()
     {
-        QFETCH(QString, arguments);
+        QFETCH(QString, output);
         QProcess editor;
-        editor.start(ZY_EDITOR_BINARY, arguments.split(u' '));
+        editor.start(ZY_EDITOR_BINARY, QString(QTest::currentDataTag()).split(u' '));
         QVERIFY(editor.waitForFinished(10000));
         const QString printed = editor.readAllStandardOutput() + editor.readAllStandardError();
-        QFETCH(QString, output);
         QVERIFY2(printed.contains(output), qPrintable(printed));
         QTEST(editor.exitCode(), "exitCode");
     }
@@ -293,23 +290,21 @@ private slots:
 
 private:
     QTreeWidget *tree() { return m_window->findChild<QTreeWidget *>("projectTree"); }
-    // Every node, one a line: text, kind, language key and section index, the
-    // document where it changes, "*" for an icon, " closed" for a closed parent.
+    // Every node, one a line, indented by depth: text, kind, the document where it
+    // changes, key and index, "*" for an icon, " closed" for a closed parent.
     QStringList dump()
     {
         QStringList lines;
-        for (QTreeWidgetItemIterator it(tree()); *it; ++it) {
-            QTreeWidgetItem *node = *it;
+        for (QTreeWidgetItemIterator it(tree()); QTreeWidgetItem *node = *it; ++it) {
             const QString path = node->data(0, PathRole).toString();
-            const bool samePath = node->parent() && node->parent()->data(0, PathRole).toString() == path;
-            QStringList parts{node->text(0), node->data(0, TypeRole).toString(), samePath ? "" : QFileInfo(path).fileName(),
+            QStringList parts{node->text(0), node->data(0, TypeRole).toString(),
                               node->data(0, KeyRole).toString() + node->data(0, IndexRole).toString()};
+            if (!node->parent() || node->parent()->data(0, PathRole) != path)
+                parts.insert(2, QFileInfo(path).fileName());
             parts.removeAll(QString());
-            QString line = parts.join(u' ') + (node->icon(0).isNull() ? "" : "*")
-                           + (node->childCount() && !node->isExpanded() ? " closed" : "");
             for (QTreeWidgetItem *parent = node->parent(); parent; parent = parent->parent())
-                line.prepend("  ");
-            lines << line;
+                parts.first().prepend("  ");
+            lines << parts.join(u' ') + (node->icon(0).isNull() ? "" : "*") + (node->childCount() && !node->isExpanded() ? " closed" : "");
         }
         return lines;
     }

@@ -7,19 +7,24 @@
 
 #include <cstdio>
 
-int main(int argc, char **argv)
-{
-    QApplication app(argc, argv);
-    QApplication::setApplicationVersion(QStringLiteral(ZY_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral(ZY_APP_ID));
+namespace {
 
-    // The window is German whatever the locale, so Qt's own dialogs and buttons
-    // are too. Without Qt's translations installed they stay English.
-    QTranslator qtTranslator;
-    if (qtTranslator.load(QStringLiteral("qtbase_de"),
-                          QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-        QApplication::installTranslator(&qtTranslator);
-    }
+// The window is German whatever the locale, so Qt's own dialogs, buttons and
+// command-line help are too. Without Qt's translations installed they stay English.
+void installQtTranslations(QTranslator &translator)
+{
+    if (translator.load(QStringLiteral("qtbase_de"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&translator);
+}
+
+// The project file named on the command line, if any. Answers --help, --version
+// and usage errors itself, and exits then.
+QString projectArgument(int argc, char **argv)
+{
+    // A core application, so that this works without a display.
+    QCoreApplication app(argc, argv);
+    QTranslator translator;
+    installQtTranslations(translator);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -38,12 +43,26 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "%s: Es kann nur eine Projektdatei angegeben werden.\n%s\n",
                      qPrintable(QCoreApplication::applicationName()),
                      qPrintable(parser.helpText().section(QLatin1Char('\n'), 0, 0)));
-        return 1;
+        std::exit(1);
     }
+    return arguments.value(0);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setApplicationVersion(QStringLiteral(ZY_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral(ZY_APP_ID));
+    const QString project = projectArgument(argc, argv);
+
+    QApplication app(argc, argv);
+    QTranslator translator;
+    installQtTranslations(translator);
 
     MainWindow window;
     window.show();
-    if (!arguments.isEmpty())
-        window.openProjectFile(arguments.constFirst());
+    if (!project.isEmpty())
+        window.openProjectFile(project);
     return app.exec();
 }

@@ -57,6 +57,8 @@ private slots:
         row("clean, twice", "clean/ ./clean/seite.zyhelp", 0, "1 document, 0 errors, 0 warnings\n");
         row("no documents", "notxml", 0, "0 documents, 0 errors, 0 warnings\n");
         row("warnings", "warnings", 0, draft);
+        row("a tie", "tie", 0, "tie/a.zyhelp: warning: language 'en' has 1 section, the reference language 'de' has 2 sections [section-count]\n"
+                               "1 document, 0 errors, 1 warning\n");
         row("warnings, strict", "--strict warnings", 1, draft);
         row("languages", "--languages de,\tfr clean", 1, "clean/seite.zyhelp: error: language 'fr' is "
             "missing; --languages requires it [missing-language]\n1 document, 1 error, 0 warnings\n");

@@ -1,4 +1,5 @@
 #include "helpdata.h"
+#include "projectmanager.h"
 #include "testutil.h"
 
 #include <QtTest>
@@ -54,45 +55,47 @@ private slots:
         QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), {"w.zyhelp"});
     }
 
-    // As a user who may not write the file, though the folder would allow the
-    // rename: refused. Where only the folder is protected: written in place.
-    void permissions_data()
+    // A save that cannot finish leaves the old file whole, for documents and the
+    // project file: on a full disk (a file size limit), or where the user may not
+    // write the file though the folder would allow the rename. Where only the
+    // folder is protected, the file is written in place.
+    void saves_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("mode");
-        QTest::newRow("read-only") << "open/r.zyhelp" << 0x4444;
-        QTest::newRow("in place") << "closed/w.zyhelp" << 0x6666;
+        QTest::addColumn<int>("limit"); // of a file's size, 0: none
+        QTest::addColumn<int>("mode"); // of the file, for another user, in a folder only it may write; 0: as root
+        QTest::addColumn<QString>("log"); // of the save, for the file and the "Path" list
+        QTest::newRow("document, full disk") << "d.zyhelp" << 8192 << 0 << "Konnte Datei nicht schreiben: \"FILE\" : \"File too large\"";
+        QTest::newRow("project, full disk") << "P.zyproject" << 4096 << 0 << "Konnte Pfadliste nicht schreiben: \"LIST\" : \"File too large\"";
+        QTest::newRow("document, read-only") << "d.zyhelp" << 0 << 0x4444 << "Konnte Datei nicht zum Schreiben öffnen: \"FILE\"";
+        QTest::newRow("document in place") << "d.zyhelp" << 0 << 0x6666 << "";
+        QTest::newRow("project in place") << "P.zyproject" << 0 << 0x6666 << "";
     }
-    void permissions()
+    void saves()
     {
         QFETCH(QString, name);
+        QFETCH(int, limit);
         QFETCH(int, mode);
-        const QString path = m_dir->filePath(name);
+        QFETCH(QString, log);
+        const QString path = m_dir->filePath(name), pathList = QCoreApplication::applicationDirPath() + "/Path";
+        for (int i = 0; i < 300; ++i) // a long project file
+            Test::writeFile(m_dir->filePath(QString("a-long-name-of-a-document-%1.zyhelp").arg(i)), "");
         Test::writeFile(path, "old");
-        QFile::setPermissions(path, QFileDevice::Permissions(mode));
-        for (const QString &dir : {m_dir->path(), m_dir->filePath("closed")})
-            QFile::setPermissions(dir, QFileDevice::Permissions(0x5555));
-        QFile::setPermissions(m_dir->filePath("open"), QFileDevice::Permissions(0x7777));
-        const bool inPlace = mode == 0x6666;
-        QCOMPARE(Test::inChild([&] { return HelpWriter().writeXml(sample(), path) ? 1 : 2; }, true), inPlace ? 1 : 2);
-        QCOMPARE(Test::readFile(path), inPlace ? Test::readFile(QFINDTESTDATA("data/sample.zyhelp")) : "old");
-        QCOMPARE(int(QFileInfo(path).permissions() & 0xf0ff), mode & 0xf0ff); // the user's own bits vary
-        for (const QString &dir : {m_dir->path(), m_dir->filePath("closed")})
-            QFile::setPermissions(dir, QFileDevice::Permissions(0x7700));
-    }
-
-    // A write that fails part-way, as on a full disk: the old file stays whole.
-    void failsPartWay()
-    {
-        const QString path = m_dir->filePath("f.zyhelp");
-        Test::writeFile(path, "old");
+        Test::writeFile(pathList, QByteArray(5000, '\n'));
+        QFile::setPermissions(path, QFileDevice::Permissions(mode ? mode : 0x6600));
+        QFile::setPermissions(m_dir->path(), QFileDevice::Permissions(mode ? 0x5555 : 0x7700));
+        const bool project = name.endsWith(".zyproject");
         QCOMPARE(Test::inChild([&] {
-            static QString warning;
-            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &m) { warning = m; });
-            Test::limitFileSize(8192);
-            return HelpWriter().writeXml(sample(2000), path) ? 1 : warning.startsWith("Konnte Datei nicht schreiben: \"" + path + "\" : \"") ? 3 : 2;
-        }), 3);
-        QCOMPARE(Test::readFile(path), "old");
+            static QString logged;
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &m) { logged += m; });
+            if (limit)
+                Test::limitFileSize(limit);
+            const bool saved = project ? ProjectManager().createProject(m_dir->path(), "P") : HelpWriter().writeXml(sample(2000), path);
+            return (saved ? 1 : 2) + (logged == QString(log).replace("FILE", path).replace("LIST", pathList) ? 0 : 10);
+        }, mode), mode == 0x6666 ? 1 : 2);
+        QCOMPARE(Test::readFile(path).left(5), mode == 0x6666 ? "<?xml" : "old");
+        QCOMPARE(int(QFileInfo(path).permissions() & 0xf0ff), (mode ? mode : 0x6600) & 0xf0ff); // kept
+        QFile::setPermissions(m_dir->path(), QFileDevice::Permissions(0x7700));
     }
 
     // Killed at random moments while saving, the file is always one whole document.

@@ -68,38 +68,6 @@ private slots:
         QCOMPARE(pm.projectName() + pm.files().join(u','), "missing/PZ.zyhelp,a/b/c/d.zyhelp,a/x.zyhelp,a2.zyhelp,b.zyhelp");
     }
 
-    // On a full disk the project file stays whole, and a "Path" list that
-    // cannot grow is noticed: nothing is logged as registered.
-    void fileSizeLimit()
-    {
-        for (int i = 0; i < 300; ++i)
-            Test::writeFile(QString("%1/many/a-long-name-of-a-document-%2.zyhelp").arg(m_root).arg(i), "");
-        Test::writeFile(m_root + "/many/P.zyproject", "old");
-        Test::writeFile(pathList(), QByteArray(5000, '\n'));
-        QCOMPARE(Test::inChild([&] {
-            Test::limitFileSize(4096);
-            static QString log;
-            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &m) { log += m; });
-            const bool saved = ProjectManager().createProject(m_root + "/many", "P");
-            return !saved && log == "Konnte Pfadliste nicht schreiben: \"" + pathList() + "\" : \"File too large\"" ? 3 : 1;
-        }), 3);
-        QCOMPARE(Test::readFile(m_root + "/many/P.zyproject"), "old");
-    }
-
-    // As a user who may write the file but not its folder: written in place.
-    void saveInPlace()
-    {
-        const QString file = m_root + "/a/P.zyproject";
-        Test::writeFile(file, "old");
-        QFile::setPermissions(file, QFileDevice::Permissions(0x6666));
-        for (const QString &dir : {m_root + "/a", m_root})
-            QFile::setPermissions(dir, QFileDevice::Permissions(0x5555));
-        QCOMPARE(Test::inChild([&] { return ProjectManager().createProject(m_root + "/a", "P") ? 1 : 2; }, true), 1);
-        QVERIFY(Test::readFile(file).contains("<file>x.zyhelp</file>"));
-        for (const QString &dir : {m_root + "/a", m_root})
-            QFile::setPermissions(dir, QFileDevice::Permissions(0x7700));
-    }
-
     void registers_data()
     {
         QTest::addColumn<QString>("known"); // lines in "Path" before

@@ -1,4 +1,3 @@
-#include "dialogdriver.h"
 #include "mainwindow.h"
 #include "testutil.h"
 
@@ -22,7 +21,12 @@ class TstWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
+    void initTestCase()
+    {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        connect(&m_timer, &QTimer::timeout, this, &TstWindow::poll);
+        m_timer.start(5);
+    }
     void init()
     {
         QFile::remove(QCoreApplication::applicationDirPath() + "/Path");
@@ -169,9 +173,10 @@ private slots:
         QFETCH(QString, outcome);
         QFile::link("/proc/sys/vm/drop_caches", m_root + "/locked.zyproject"); // not even root may read it
         m_window = std::make_unique<MainWindow>();
-        Test::DialogDriver driver({"OK"});
+        m_replies = {"OK"};
+        m_seen.clear();
         const bool opened = m_window->openProjectFile(m_root + u'/' + path);
-        QCOMPARE(opened ? m_window->windowTitle() : driver.seen.join(u' '),
+        QCOMPARE(opened ? m_window->windowTitle() : m_seen.join(u' '),
                  opened ? outcome : "Info|Das Projekt kann nicht geöffnet werden:\n" + m_root + u'/' + path + "\n\n" + outcome + "|2");
         QCOMPARE(m_window->windowTitle() == "ZY Help Editor", !opened);
     }
@@ -317,21 +322,23 @@ private:
     {
         QTreeWidgetItem *item = node(path);
         tree()->scrollToItem(item);
-        Test::DialogDriver driver(replies);
+        m_replies = replies;
+        m_seen.clear();
         emit tree()->customContextMenuRequested(tree()->visualItemRect(item).center());
-        return driver.seen;
+        return m_seen;
     }
     // Triggers an action or clicks a button, answering the windows it opens.
     QStringList run(const char *name, const QStringList &replies = {}, const QString &warning = {})
     {
         if (!warning.isEmpty())
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^" + QRegularExpression::escape(warning)));
-        Test::DialogDriver driver(replies);
+        m_replies = replies;
+        m_seen.clear();
         if (auto *action = m_window->findChild<QAction *>(name))
             action->trigger();
         else
             m_window->findChild<QPushButton *>(name)->click();
-        return driver.seen;
+        return m_seen;
     }
     // The text of a line edit or a plain text edit, the links shown, the status bar, the page.
     QString text(const char *name) { return m_window->findChild<QWidget *>(name)->property(textProperty(name)).toString(); }
@@ -352,6 +359,60 @@ private:
         return QFile::exists(path) ? Test::dump(ZyHelp::HelpParser().parse(path)) : "<missing>";
     }
 
+    // Answers the modal windows and menus that a command opens, in their order: a
+    // message box button ("Yes", "No", "OK"), an input or file dialog's text, a
+    // menu entry; "Esc" cancels. m_seen gets what each window showed. A window
+    // without a reply is cancelled and one still open 5 s after its reply closed,
+    // so that a test fails instead of hanging.
+    void poll()
+    {
+        QWidget *window = QApplication::activePopupWidget();
+        window = window ? window : QApplication::activeModalWidget();
+        if (window && window == m_current && m_since.hasExpired(5000))
+            window->close();
+        if (window && window != m_current) {
+            m_current = window;
+            m_since.start();
+            // Answered outside this slot: polling goes on in the loops the answer opens.
+            QTimer::singleShot(0, window, [this, window] { answer(window); });
+        }
+    }
+    void answer(QWidget *window)
+    {
+        const QString reply = m_replies.isEmpty() ? QString("unexpected") : m_replies.takeFirst();
+        auto *box = qobject_cast<QMessageBox *>(window);
+        auto *input = qobject_cast<QInputDialog *>(window);
+        auto *files = qobject_cast<QFileDialog *>(window);
+        auto *menu = qobject_cast<QMenu *>(window);
+        QStringList shown{window->windowTitle()};
+        if (box)
+            shown << box->text() << QString::number(box->icon());
+        if (input || files)
+            shown << (input ? input->labelText() : files->directory().absolutePath())
+                  << (input ? input->textValue() : files->nameFilters().join(u';'));
+        const QList<QAction *> entries = menu ? menu->actions() : QList<QAction *>();
+        for (QAction *action : entries)
+            shown << (action->isSeparator() ? "-" : action->text());
+        m_seen.append((reply == "unexpected" ? "unexpected " : "") + shown.join(u'|'));
+        const auto button = reply == "Yes" ? QMessageBox::Yes : reply == "No" ? QMessageBox::No : QMessageBox::Ok;
+        const auto entry = std::find_if(entries.cbegin(), entries.cend(), [&](QAction *a) { return a->text() == reply; });
+        if (box && box->button(button)) {
+            box->button(button)->click();
+        } else if (entry != entries.cend()) {
+            menu->setActiveAction(*entry); // as the user does it: highlighted, then Return
+            QTest::keyClick(menu, Qt::Key_Return);
+        } else if ((input || files) && reply != "Esc" && reply != "unexpected") {
+            window->findChild<QLineEdit *>(input ? QString() : QString("fileNameEdit"))->setText(reply);
+            static_cast<QDialog *>(window)->accept();
+        } else {
+            QTest::keyClick(window, Qt::Key_Escape);
+        }
+    }
+
+    QStringList m_replies, m_seen;
+    QTimer m_timer;
+    QPointer<QWidget> m_current;
+    QElapsedTimer m_since;
     std::optional<QTemporaryDir> m_dir;
     QString m_root;
     std::unique_ptr<MainWindow> m_window;

@@ -4,6 +4,9 @@
 #include <QSaveFile>
 #include <QXmlStreamWriter>
 
+#include <cerrno>
+#include <cstring>
+
 namespace ZyHelp {
 
 namespace {
@@ -87,10 +90,16 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
     // Written in one go and flushed before the commit: Qt 6.4's QSaveFile
     // commits a file that a size limit or a full disk cut short, but the
     // write or the flush reports it.
-    if (file.write(bytes) != bytes.size() || !file.flush())
+    QString error;
+    if (file.write(bytes) != bytes.size() || !file.flush()) {
+        // A write cut short leaves the device without an error of its own.
+        error = file.error() != QFileDevice::NoError ? file.errorString()
+                                                     : QString::fromLocal8Bit(std::strerror(errno));
         file.cancelWriting();
+    }
     if (!file.commit()) {
-        qWarning() << "Konnte Datei nicht schreiben:" << filePath << ":" << file.errorString();
+        qWarning() << "Konnte Datei nicht schreiben:" << filePath << ":"
+                   << (error.isEmpty() ? file.errorString() : error);
         return false;
     }
     return true;

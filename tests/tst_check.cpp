@@ -10,12 +10,17 @@ namespace {
 // verknuepft, a link to project.
 QTemporaryDir data;
 
-// The exit code (-1 for a crash or hang), stdout and stderr.
+// The exit code (-1 for a crash or hang), stdout and stderr of zyhelpcheck, or of the
+// editor where the arguments begin with its name.
 std::tuple<int, QByteArray, QByteArray> check(const QString &arguments)
 {
+    QStringList list = arguments.split(u' ');
+    const bool editor = list.first() == "zyhelpeditor";
+    if (editor)
+        list.removeFirst();
     QProcess proc;
     proc.setWorkingDirectory(data.path());
-    proc.start(QStringLiteral(ZY_CHECK_BINARY), arguments.split(u' '));
+    proc.start(editor ? ZY_EDITOR_BINARY : ZY_CHECK_BINARY, list);
     const bool ok = proc.waitForFinished(60000) && proc.exitStatus() == QProcess::NormalExit;
     return {ok ? proc.exitCode() : -1, proc.readAllStandardOutput(), proc.readAllStandardError()};
 }
@@ -64,6 +69,8 @@ private slots:
             "missing; --languages requires it [missing-language]\n1 document, 1 error, 0 warnings\n");
         row("missing path", "clean fehlt", 2, "", "zyhelpcheck: fehlt: no such file or folder\n");
         row("format", "--format x", 2, "", "zyhelpcheck: --format must be text or json, not 'x'\n");
+        row("editor version", "zyhelpeditor --version", 0, "zyhelpeditor 1.0.0\n");
+        row("editor, two projects", "zyhelpeditor a b", 1, "", "zyhelpeditor: Es kann nur eine Projektdatei angegeben werden.\n");
         row("not XML", "notxml/notxml.zyproject", 2, "", "zyhelpcheck: notxml/notxml.zyproject:4:1: "
             "not a project file: Premature end of document.\n");
     }
@@ -83,10 +90,12 @@ private slots:
         QCOMPARE(out, Test::readFile(ZY_CHECK_DATA "/expected.json"));
     }
 
-    void help() // this program's own options and arguments
+    void help() // the programs' own descriptions of themselves, their options and arguments
     {
-        const QByteArray out = std::get<1>(check("--help"));
+        const QByteArray out = std::get<1>(check("--help")), editor = std::get<1>(check("zyhelpeditor --help"));
         QCOMPARE(out.mid(out.indexOf("  --format")), Test::readFile(ZY_CHECK_DATA "/help.txt"));
+        QVERIFY(editor.contains("]\nEditor für mehrsprachige Hilfedokumente (ZY Help Editor).\n")
+                && editor.contains("  projekt        Projektdatei (.zyproject), die beim Start geöffnet wird.\n"));
     }
 };
 

@@ -50,7 +50,6 @@ private slots:
         QCOMPARE(dump(), QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*", "sub 100*",
                                       "  a.zyhelp 200 a.zyhelp*", "    de 300 de", "      Eins 400 de0", "      Zwei 400 de1",
                                       "      Drei 400 de2", "    en 300 en", "      One 400 en0"}));
-        QCOMPARE(node("sub/a.zyhelp")->data(0, PathRole).toString(), m_root + "/sub/a.zyhelp");
         QStringList menu;
         for (QAction *action : m_window->findChild<QMenu *>("menuDatei")->actions())
             menu << action->text() + action->shortcut().toString();
@@ -179,26 +178,6 @@ private slots:
         QCOMPARE(opened ? m_window->windowTitle() : m_seen.join(u' '),
                  opened ? outcome : "Info|Das Projekt kann nicht geöffnet werden:\n" + m_root + u'/' + path + "\n\n" + outcome + "|2");
         QCOMPARE(m_window->windowTitle() == "ZY Help Editor", !opened);
-    }
-
-    void commandLine_data()
-    {
-        QTest::addColumn<int>("exitCode"); // for the arguments in the row's name
-        QTest::addColumn<QString>("output"); // a part of it
-        QTest::newRow("--version") << 0 << "zyhelpeditor 1.0.0\n";
-        QTest::newRow("--help") << 0 << "[PROJEKT.zyproject]\nEditor für mehrsprachige Hilfedokumente (ZY Help Editor).\n";
-        QTest::newRow("-h") << 0 << "Projektdatei (.zyproject), die beim Start geöffnet wird.";
-        QTest::newRow("a b") << 1 << "zyhelpeditor: Es kann nur eine Projektdatei angegeben werden.\n";
-    }
-    void commandLine()
-    {
-        QFETCH(QString, output);
-        QProcess editor;
-        editor.start(ZY_EDITOR_BINARY, QString(QTest::currentDataTag()).split(u' '));
-        QVERIFY(editor.waitForFinished(10000));
-        const QString printed = editor.readAllStandardOutput() + editor.readAllStandardError();
-        QVERIFY2(printed.contains(output), qPrintable(printed));
-        QTEST(editor.exitCode(), "exitCode");
     }
 
     // A rebuild reads again only what changed on disk, and shows the same tree as

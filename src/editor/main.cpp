@@ -38,11 +38,9 @@ QString projectArgument(int argc, char **argv)
     parser.process(app);
 
     const QStringList arguments = parser.positionalArguments();
-    if (arguments.size() > 1) {
-        // Like the parser's own errors: name, message, then the usage line.
-        std::fprintf(stderr, "%s: Es kann nur eine Projektdatei angegeben werden.\n%s\n",
-                     qPrintable(QCoreApplication::applicationName()),
-                     qPrintable(parser.helpText().section(QLatin1Char('\n'), 0, 0)));
+    if (arguments.size() > 1) { // in the form of the parser's own errors
+        std::fprintf(stderr, "%s: Es kann nur eine Projektdatei angegeben werden.\n",
+                     qPrintable(QCoreApplication::applicationName()));
         std::exit(1);
     }
     return arguments.value(0);

@@ -47,7 +47,6 @@ private slots:
     void createAndSave()
     {
         ProjectManager pm;
-        QVERIFY(!pm.saveProject());
         QVERIFY(pm.createProject(m_root, "H&<\""));
         const QString file = m_root + "/H&<\".zyproject";
         QCOMPARE(Test::readFile(file), Test::readFile(QFINDTESTDATA("data/project.zyproject")));
@@ -61,9 +60,6 @@ private slots:
         pm.removeFileFromProject(m_root + "/n.txt", true); // not listed: saved and deleted all the same
         QVERIFY(!QFile::exists(m_root + "/ALT.ZYHELP") && !QFile::exists(m_root + "/n.txt"));
         QVERIFY(Test::readFile(file).contains("\">\n    <file>Z.zyhelp</file>"));
-        QDir().mkpath(m_root + "/e");
-        QVERIFY(pm.createProject(m_root + "/e", ""));
-        QCOMPARE(Test::readFile(m_root + "/e/.zyproject"), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyproject name=\"\"/>\n");
         QVERIFY(!pm.createProject(m_root, "missing/P")); // the state changed all the same
         QCOMPARE(pm.projectName() + pm.files().join(u','), "missing/PZ.zyhelp,a/b/c/d.zyhelp,a/x.zyhelp,a2.zyhelp,b.zyhelp");
     }
@@ -86,7 +82,7 @@ private slots:
         for (const QString &folder : appended)
             QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Registriere Unterordner: \"" + m_root + "(" + folder + "|/A)\"$"));
         ProjectManager pm;
-        pm.createProject(m_root, "P");
+        QVERIFY(pm.createProject(m_root, "P"));
         const QByteArray after = Test::readFile(pathList());
         QStringList lines = QString(after.mid(before.size())).replace(m_root + "/A", m_root + "/a").split(u'\n');
         QCOMPARE(after.left(before.size()) + lines.takeLast().toUtf8() + lines.value(0).toUtf8(), before + m_root + appended.value(0));
@@ -109,7 +105,6 @@ private slots:
             for (const QString &path : {tail, "/srv/Hilfe" + tail, "/srv/hilf" + tail, "/srv" + tail + "Hilfe/a"}) {
                 const QString clean = QDir::cleanPath(path);
                 QCOMPARE(Internal::cleanPath(path), clean);
-                QVERIFY(!Internal::isCleanPath(path) || clean == path);
                 QCOMPARE(Internal::cleanCaseKey(path), Internal::caseKey(clean));
                 QCOMPARE(Internal::caseKey(tail) == Internal::caseKey(tail.toUpper()), QString::compare(tail, tail.toUpper(), Qt::CaseInsensitive) == 0);
                 qsizetype first = candidates.size() - 1;

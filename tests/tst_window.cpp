@@ -30,7 +30,6 @@ private slots:
     void init()
     {
         QFile::remove(QCoreApplication::applicationDirPath() + "/Path");
-        QLoggingCategory::setFilterRules("default.debug=false");
         QTest::failOnWarning(QRegularExpression("^(Kann|XML|Konnte)"));
         m_dir.emplace();
         m_root = QDir(m_dir->path()).canonicalPath();
@@ -50,11 +49,10 @@ private slots:
         QCOMPARE(dump(), QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*", "sub 100*",
                                       "  a.zyhelp 200 a.zyhelp*", "    de 300 de", "      Eins 400 de0", "      Zwei 400 de1",
                                       "      Drei 400 de2", "    en 300 en", "      One 400 en0"}));
-        QStringList menu;
+        QString menu;
         for (QAction *action : m_window->findChild<QMenu *>("menuDatei")->actions())
-            menu << action->text() + action->shortcut().toString();
-        QCOMPARE(menu.join(u'|'), "Neues Projekt...|Projekt öffnen...||SpeichernCtrl+S||Neue Hilfe-Datei..."
-                                  "|Ansicht aktualisierenF5||Projektordner registrieren");
+            menu += action->text() + action->shortcut().toString() + u'|';
+        QCOMPARE(menu, "Neues Projekt...|Projekt öffnen...||SpeichernCtrl+S||Neue Hilfe-Datei...|Ansicht aktualisierenF5||Projektordner registrieren|");
     }
 
     void pages()
@@ -82,11 +80,10 @@ private slots:
         QCOMPARE(run("btnSaveSection") << status() << node("sub/a.zyhelp/de/Zwo")->text(0), QStringList({"Gespeichert: a.zyhelp", "Zwo"}));
         QCOMPARE(saved("sub/a.zyhelp"), "2.1|Bob [de:Servus (Eins:1) (Zwo:neu) (Drei:3)] [en:Hello (One:Text one)] links:index,neu");
         click("sub");
-        QCOMPARE(page(), "pageEmpty");
-        QCOMPARE(run("btnSaveLang", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"\""),
-                 QStringList("Fehler|Speichern fehlgeschlagen.|3"));
-        m_window->statusBar()->clearMessage();
+        QCOMPARE(run("btnSaveLang", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"\"") << page(),
+                 QStringList({"Fehler|Speichern fehlgeschlagen.|3", "pageEmpty"}));
         run("actionReload");
+        m_window->statusBar()->clearMessage();
         QCOMPARE(run("btnSaveFile") << status(), QStringList("")); // no node since the rebuild
     }
 
@@ -225,9 +222,9 @@ private slots:
         qInstallMessageHandler(previous);
         const QRegularExpression notZ("^(?!z\\.zyhelp)"); // a folder now: no document to a fresh list
         QCOMPARE(shown.filter(notZ), dump().filter(notZ).replaceInStrings("Uno?", "Eins"));
-        const QString faulty = "XML Parsing Fehler in \"" + m_root + "/b.zyhelp\" : \"Premature end of document.\"";
-        const QString folder = "\nKann XML-Datei nicht öffnen: \"" + m_root + "/z.zyhelp\"";
-        QCOMPARE(log.filter(QRegularExpression("^(XML|Kann)")).join(u'\n'), faulty + (change == "fr" ? folder : "") + u'\n' + faulty);
+        const QString faulty = "XML Parsing Fehler in \"" + m_root + "/b.zyhelp\" : \"Premature end of document.\"\n";
+        QCOMPARE(log.filter(QRegularExpression("^(XML|Kann)")).join(u'\n') + u'\n',  // in the order of the documents
+                 faulty + (change == "fr" ? "Kann XML-Datei nicht öffnen: \"" + m_root + "/z.zyhelp\"\n" : "") + faulty);
     }
 
     // A document read only up to a fault is kept beside it before its first save,
@@ -332,10 +329,9 @@ private:
     }
     QString status() { return m_window->statusBar()->currentMessage(); }
     QString page() { return m_window->findChild<QStackedWidget *>("editorStack")->currentWidget()->objectName(); }
-    QString saved(const QString &file)
+    QString saved(const QString &file) // the document on disk
     {
-        const QString path = m_root + u'/' + file;
-        return QFile::exists(path) ? Test::dump(ZyHelp::HelpParser().parse(path)) : "<missing>";
+        return QFile::exists(m_root + u'/' + file) ? Test::dump(ZyHelp::HelpParser().parse(m_root + u'/' + file)) : "<missing>";
     }
 
     // Answers the modal windows and menus that a command opens, in their order: a
@@ -363,13 +359,11 @@ private:
         auto *input = qobject_cast<QInputDialog *>(window);
         auto *files = qobject_cast<QFileDialog *>(window);
         auto *menu = qobject_cast<QMenu *>(window);
-        QStringList shown{window->windowTitle()};
-        if (box)
-            shown << box->text() << QString::number(box->icon());
-        if (input || files)
-            shown << (input ? input->labelText() : files->directory().absolutePath())
-                  << (input ? input->textValue() : files->nameFilters().join(u';'));
         const QList<QAction *> entries = menu ? menu->actions() : QList<QAction *>();
+        QStringList shown{window->windowTitle()};
+        if (box || input || files) // what the window says, and its icon, preset text or folder and filter
+            shown << (box ? box->text() : input ? input->labelText() : files->directory().absolutePath())
+                  << (box ? QString::number(box->icon()) : input ? input->textValue() : files->nameFilters().join(u';'));
         for (QAction *action : entries)
             shown << (action->isSeparator() ? "-" : action->text());
         m_seen.append((reply == "unexpected" ? "unexpected " : "") + shown.join(u'|'));

@@ -36,7 +36,6 @@ class TstProject : public QObject
 private slots:
     void init()
     {
-        QFile::remove(pathList());
         m_dir.emplace();
         m_root = QDir(m_dir->path()).canonicalPath();
         for (const char *name : {"b.zyhelp", "Z.zyhelp", "a/x.zyhelp", "a2.zyhelp", "ALT.ZYHELP", "n.zyhelp.bak",

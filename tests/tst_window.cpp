@@ -40,6 +40,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         QCOMPARE(run("actionOpenProject", {m_root + "/p.zyproject"}),
                  QStringList("Projekt öffnen|" + QDir::homePath() + "|Projekte (*.zyproject)"));
+        QVERIFY(Test::readFile(QCoreApplication::applicationDirPath() + "/Path").contains((m_root + "/Sub/sub\n").toUtf8()));
     }
 
     void treeShape()
@@ -67,8 +68,8 @@ private slots:
         click("sub/a.zyhelp/de"); // takes the file page over
         QCOMPARE(page() + text("editLangDescription"), "pageLanguageHallo");
         edit("editLangDescription", "Servus");
-        click("sub/a.zyhelp/de/Zwei");
-        QCOMPARE(page() + text("editSectionName") + text("editContent"), "pageSectionZwei2");
+        click("sub/a.zyhelp/de/Eins");
+        QCOMPARE(page() + text("editSectionName") + text("editContent"), "pageSectionEins1");
         edit("editSectionName", "Zwo");
         edit("editContent", " neu\n");
         QVERIFY(QFile::remove(m_root + "/sub/a.zyhelp") && QDir().mkdir(m_root + "/sub/a.zyhelp"));
@@ -76,7 +77,7 @@ private slots:
                  QStringList("Fehler|Speichern fehlgeschlagen.|3"));
         QDir().rmdir(m_root + "/sub/a.zyhelp"); // the edits are kept for another try
         QCOMPARE(run("btnSaveSection") << status() << node("sub/a.zyhelp/de/Zwo")->text(0), QStringList({"Gespeichert: a.zyhelp", "Zwo"}));
-        QCOMPARE(saved("sub/a.zyhelp"), "2.1|Bob [de:Servus (Eins:1) (Zwo:neu) (Drei:3)] [en:Hello (One:Text one)] links:index,neu");
+        QCOMPARE(saved("sub/a.zyhelp"), "2.1|Bob [de:Servus (Zwo:neu) (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:index,neu");
         click("sub");
         QCOMPARE(run("btnSaveLang", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"\"") << page(),
                  QStringList({"Fehler|Speichern fehlgeschlagen.|3", "pageEmpty"}));

@@ -157,6 +157,7 @@ private slots:
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("outcome"); // the window's title, or why the box refuses the path
         QTest::newRow("project") << "p.zyproject" << "Editor - Handbuch";
+        QTest::newRow("none") << "" << "";
         QTest::newRow("folder") << "sub" << "Das ist ein Ordner, keine Projektdatei (*.zyproject).";
         QTest::newRow("document") << "sub/a.zyhelp" << "Das ist keine Projektdatei (*.zyproject).";
         QTest::newRow("missing") << "none.zyproject" << "Die Datei gibt es nicht.";
@@ -169,9 +170,9 @@ private slots:
         QFile::link("/proc/sys/vm/drop_caches", m_root + "/locked.zyproject"); // not even root may read it
         m_window = std::make_unique<MainWindow>();
         bool opened = false;
-        const QStringList seen = run([&] { opened = m_window->openProjectFile(m_root + u'/' + path); }, {"OK"});
+        const QStringList seen = run([&] { opened = m_window->openProjectFile(path.isEmpty() ? path : m_root + u'/' + path); }, {"OK"});
         QCOMPARE(opened ? m_window->windowTitle() : seen.join(u' '),
-                 opened ? outcome : "Info|Das Projekt kann nicht geöffnet werden:\n" + m_root + u'/' + path + "\n\n" + outcome + "|2");
+                 opened || path.isEmpty() ? outcome : "Info|Das Projekt kann nicht geöffnet werden:\n" + m_root + u'/' + path + "\n\n" + outcome + "|2");
         QCOMPARE(m_window->windowTitle() == "ZY Help Editor", !opened);
     }
 

@@ -60,7 +60,6 @@ int main(int argc, char **argv)
 
     MainWindow window;
     window.show();
-    if (!project.isEmpty())
-        window.openProjectFile(project);
+    window.openProjectFile(project);
     return app.exec();
 }

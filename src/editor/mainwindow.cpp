@@ -628,6 +628,8 @@ void MainWindow::on_actionOpenProject_triggered()
 
 bool MainWindow::openProjectFile(const QString &path)
 {
+    if (path.isEmpty()) // no project named: the window starts as ever
+        return false;
     // The path comes from the command line or a file manager, not from a file
     // dialog that only offers project files, so it is checked first.
     const QFileInfo info(path);

@@ -47,6 +47,7 @@ public:
 
     // Opens the project file at path as "Projekt öffnen..." does. A path that is
     // no readable project file gets a warning box naming it; nothing is opened.
+    // An empty path opens nothing and says nothing.
     bool openProjectFile(const QString &path);
 
 private slots:

@@ -297,7 +297,9 @@ private:
     {
         QTreeWidgetItem *item = node(path);
         tree()->scrollToItem(item);
-        return run([&] { emit tree()->customContextMenuRequested(tree()->visualItemRect(item).center()); }, replies);
+        const QPoint at = tree()->visualItemRect(item).center();
+        QContextMenuEvent click(QContextMenuEvent::Mouse, at, tree()->viewport()->mapToGlobal(at)); // a right click
+        return run([&] { QApplication::sendEvent(tree()->viewport(), &click); }, replies);
     }
     // Runs a command, answering the windows it opens, and returns what they showed.
     QStringList run(const std::function<void()> &command, const QStringList &replies, const QString &warning = {})

@@ -17,7 +17,6 @@ HelpData sample(int sections = 2)
     d.version = "1.0";
     d.author = "A & \"B\"";
     d.languages["en"].description = " Hi\n";
-    d.languages["de"].description = "";
     for (int i = 0; i < sections; ++i)
         d.languages["de"].sections.append({"S" + QString::number(i), "a < b\nc \U0001F600" + QString(QChar(0xd800))});
     d.links = {"start", "", "start"};

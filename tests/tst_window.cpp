@@ -76,9 +76,7 @@ private slots:
         QCOMPARE(run("actionSave", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"" + m_root + "/sub/a.zyhelp\""),
                  QStringList("Fehler|Speichern fehlgeschlagen.|3"));
         QDir().rmdir(m_root + "/sub/a.zyhelp"); // the edits are kept for another try
-        QSignalSpy shown(tree()->model(), &QAbstractItemModel::dataChanged); // the new name, at once
-        QCOMPARE(run("btnSaveSection") << status() << node("sub/a.zyhelp/de/Zwo")->text(0) << QString::number(shown.size()),
-                 QStringList({"Gespeichert: a.zyhelp", "Zwo", "1"}));
+        QCOMPARE(run("btnSaveSection") << status() << node("sub/a.zyhelp/de/Zwo")->text(0), QStringList({"Gespeichert: a.zyhelp", "Zwo"}));
         QCOMPARE(saved("sub/a.zyhelp"), "2.1|Bob [de:Servus (Zwo:neu) (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:index,neu");
         click("sub");
         QCOMPARE(run("btnSaveLang", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"\"") << page(),

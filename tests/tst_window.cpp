@@ -35,6 +35,7 @@ private slots:
         Test::writeFile(m_root + "/p.zyproject", "<zyproject name='Handbuch'/>");
         Test::writeFile(m_root + "/sub/a.zyhelp", Test::readFile(QFINDTESTDATA("data/a.zyhelp")));
         Test::writeFile(m_root + "/Sub/sub/sub.zyhelp", "<zyhelp><lang name=''/></zyhelp>");
+        Test::writeFile(m_root + "/Sub/x.zyhelp", "<zyhelp/>"); // a second document in the folder Sub
         m_window = std::make_unique<MainWindow>();
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
@@ -45,7 +46,7 @@ private slots:
 
     void treeShape()
     {
-        QCOMPARE(dump(), QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*", "sub 100*",
+        QCOMPARE(dump(), QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*", "  x.zyhelp 200 x.zyhelp*", "sub 100*",
                                       "  a.zyhelp 200 a.zyhelp*", "    de 300 de", "      Eins 400 de0", "      Zwei 400 de1",
                                       "      Drei 400 de2", "    en 300 en", "      One 400 en0"}));
         QString menu;
@@ -100,21 +101,21 @@ private slots:
         const QString file = "|Sprache hinzufügen...|-|Aus Projekt entfernen (Löschen);", lang = "|Sektion hinzufügen...|-|Sprache löschen;";
         const QString de = "2.1|Anna [de:Hallo (Eins:1) (Zwei:2) (Drei:3)] %1 links:start,index";
         row("add language", "sub/a.zyhelp", "Sprache hinzufügen...;fr", file + "Neu|Sprache (de, en):|",
-            de.arg("[en:Hello (One:Text one)] [fr:...]"), 12);
+            de.arg("[en:Hello (One:Text one)] [fr:...]"), 13);
         row("existing language", "sub/a.zyhelp", "Sprache hinzufügen...;de;OK",
-            file + "Neu|Sprache (de, en):|;Neu|Die Sprache 'de' ist bereits vorhanden.|2", dumpA, 11);
-        row("no language", "sub/a.zyhelp", "Sprache hinzufügen...;", file + "Neu|Sprache (de, en):|", dumpA, 11);
+            file + "Neu|Sprache (de, en):|;Neu|Die Sprache 'de' ist bereits vorhanden.|2", dumpA, 12);
+        row("no language", "sub/a.zyhelp", "Sprache hinzufügen...;", file + "Neu|Sprache (de, en):|", dumpA, 12);
         row("add section", "sub/a.zyhelp/en", "Sektion hinzufügen...; x", lang + "Neu|Sektion Name:|",
-            de.arg("[en:Hello (One:Text one) ( x:...)]"), 12);
-        row("no section", "sub/a.zyhelp/en", "Sektion hinzufügen...;Esc", lang + "Neu|Sektion Name:|", dumpA, 11);
+            de.arg("[en:Hello (One:Text one) ( x:...)]"), 13);
+        row("no section", "sub/a.zyhelp/en", "Sektion hinzufügen...;Esc", lang + "Neu|Sektion Name:|", dumpA, 12);
         row("delete section", "sub/a.zyhelp/de/Eins", "Sektion löschen;Yes", "|Sektion löschen;Löschen|Sektion löschen?|4",
-            "2.1|Anna [de:Hallo (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index", 10);
-        row("keep language", "sub/a.zyhelp/en", "Sprache löschen;No", lang + "Löschen|Sprache 'en' löschen?|4", dumpA, 11);
+            "2.1|Anna [de:Hallo (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index", 11);
+        row("keep language", "sub/a.zyhelp/en", "Sprache löschen;No", lang + "Löschen|Sprache 'en' löschen?|4", dumpA, 12);
         row("delete language", "sub/a.zyhelp/en", "Sprache löschen;Yes", lang + "Löschen|Sprache 'en' löschen?|4",
-            de.arg("").replace("  ", " "), 9);
+            de.arg("").replace("  ", " "), 10);
         row("delete document", "sub/a.zyhelp", "Aus Projekt entfernen (Löschen);Yes",
-            file + "Löschen|Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)|4", "<missing>", 3);
-        row("folder", "sub", "", "", dumpA, 11);
+            file + "Löschen|Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)|4", "<missing>", 4);
+        row("folder", "sub", "", "", dumpA, 12);
     }
     void contextMenu()
     {
@@ -126,8 +127,8 @@ private slots:
         QTEST(menu(path, replies), "seen");
         QTEST(saved("sub/a.zyhelp"), "after");
         QCOMPARE(dump().size(), nodes);
-        QCOMPARE(page() == "pageEmpty", nodes == 3);
-        QCOMPARE(Test::readFile(m_root + "/p.zyproject").contains("<file>Sub/sub/sub.zyhelp</file>"), nodes == 3);
+        QCOMPARE(page() == "pageEmpty", nodes == 4);
+        QCOMPARE(Test::readFile(m_root + "/p.zyproject").contains("<file>Sub/sub/sub.zyhelp</file>"), nodes == 4);
     }
 
     void commands()

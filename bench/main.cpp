@@ -15,23 +15,17 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     if (argc == 3 && std::strcmp(argv[1], "--cold-open") == 0)
         return benchColdOpen(QString::fromLocal8Bit(argv[2]));
-    const auto runs = [&](const char *part) { return argc < 2 || std::strcmp(argv[1], part) == 0; };
-
-    if (runs("documents")) {
-        std::printf("Help documents\n");
-        benchDocuments();
-    }
-    if (runs("project")) {
-        std::printf("Projects\n");
-        benchProject();
-    }
-    if (runs("editor")) {
-        std::printf("Editor\n");
-        benchEditor();
-    }
-    if (runs("check")) {
-        std::printf("Checker\n");
-        benchCheck();
+    const struct {
+        const char *name;
+        const char *title;
+        void (*run)();
+    } parts[] = {{"documents", "Help documents", benchDocuments}, {"project", "Projects", benchProject},
+                 {"editor", "Editor", benchEditor}, {"check", "Checker", benchCheck}};
+    for (const auto &part : parts) {
+        if (argc < 2 || std::strcmp(argv[1], part.name) == 0) {
+            std::printf("%s\n", part.title);
+            part.run();
+        }
     }
     return 0;
 }

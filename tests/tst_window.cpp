@@ -312,7 +312,6 @@ private:
         command();
         return m_seen;
     }
-    // Triggers an action or clicks a button.
     QStringList run(const char *name, const QStringList &replies = {}, const QString &warning = {})
     {
         auto *action = m_window->findChild<QAction *>(name);

@@ -418,17 +418,11 @@ void MainWindow::saveFile(const QString &filePath)
 {
     // A document read only up to a fault lacks what followed it: before its
     // first save, which would drop that for good, the file is kept beside it.
-    QString kept;
-    if (m_partlyRead.contains(filePath) && !m_keptOriginals.contains(filePath)) {
-        kept = keepOriginal(filePath);
-        if (kept.isEmpty()) {
-            QMessageBox::critical(this, tr("Fehler"), tr("Speichern fehlgeschlagen."));
-            return;
-        }
+    const bool keep = m_partlyRead.contains(filePath) && !m_keptOriginals.contains(filePath);
+    const QString kept = keep ? keepOriginal(filePath) : QString();
+    if (!kept.isEmpty())
         m_keptOriginals.insert(filePath);
-    }
-
-    if (!m_writer.writeXml(m_helpFiles.value(filePath), filePath)) {
+    if ((keep && kept.isEmpty()) || !m_writer.writeXml(m_helpFiles.value(filePath), filePath)) {
         QMessageBox::critical(this, tr("Fehler"), tr("Speichern fehlgeschlagen."));
         return;
     }

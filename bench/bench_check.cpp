@@ -78,7 +78,7 @@ void benchCheck()
         }));
         // Everything zyhelpcheck does but printing: find, read, check, format.
         checkMs = std::min(checkMs, Bench::bestOfMs(1, [&] {
-            Check::DocumentCollector collector;
+            DocumentCollector collector;
             collector.addPath(projectFile);
             result = Check::Checker().check(collector.documents(), collector.findings());
             report = Check::textReport(result, false);

@@ -10,6 +10,10 @@ packages=(
     qt6-translations-l10n                       # Qt's German texts for its dialogs and buttons
     desktop-file-utils appstream libxml2-utils  # validators of the installed desktop files
     dpkg-dev file                               # dpkg-shlibdeps and file, for cpack -G DEB
+    gettext translate-toolkit                   # msgfmt -c, msgmerge and pocount check PO output
+    qt6-documentation-tools qt6-tools-dev       # qhelpgenerator, and QHelpEngineCore for its tests
+    libqt6sql6-sqlite                           # the help engine reads .qch files through SQLite
+    linkchecker tidy chromium-headless-shell    # check the published HTML site
 )
 if [ "${ZY_SETUP_EXTRA:-}" != "" ]; then
     # shellcheck disable=SC2206
@@ -23,19 +27,24 @@ for p in "${packages[@]}"; do
     fi
 done
 
-if [ ${#missing[@]} -eq 0 ]; then
-    exit 0
-fi
-
-echo "setup: installing ${missing[*]}"
 if [ "$(id -u)" -eq 0 ]; then
     as_root=()
 elif command -v sudo >/dev/null; then
     as_root=(sudo)
 else
-    echo "setup: missing packages (${missing[*]}) and neither root nor sudo available" >&2
-    exit 1
+    as_root=(false)
 fi
-export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get update -qq
-"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+
+if [ ${#missing[@]} -gt 0 ]; then
+    echo "setup: installing ${missing[*]}"
+    if [ "${as_root[0]:-}" = false ]; then
+        echo "setup: missing packages (${missing[*]}) and neither root nor sudo available" >&2
+        exit 1
+    fi
+    export DEBIAN_FRONTEND=noninteractive
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+
+# The XLIFF 1.2 schema that the tests validate exports against.
+"${as_root[@]}" bash "$(dirname "${BASH_SOURCE[0]}")/fetch-xliff-schema.sh"

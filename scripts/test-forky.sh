@@ -27,6 +27,9 @@ packages=(
     qt6-translations-l10n
     desktop-file-utils appstream libxml2-utils
     dpkg-dev file
+    gettext translate-toolkit
+    qt6-documentation-tools qt6-tools-dev libqt6sql6-sqlite
+    linkchecker tidy chromium-headless-shell
     fonts-dejavu-core
     shared-mime-info
 )
@@ -249,6 +252,12 @@ qt_version="$(in_root "$root" qmake6 -query QT_VERSION 2>/dev/null ||
 log "== Debian $suite $(cat "$root/etc/debian_version"), Qt $qt_version," \
     "$(in_root "$root" g++ --version | head -n1)," \
     "$(in_root "$root" cmake --version | head -n1) =="
+
+# The XLIFF schema comes from the host: the root has no network use.
+bash "$src/scripts/fetch-xliff-schema.sh"
+rm -rf "$root/var/cache/zyhelpeditor/xliff-1.2"
+mkdir -p "$root/var/cache/zyhelpeditor"
+cp -r /var/cache/zyhelpeditor/xliff-1.2 "$root/var/cache/zyhelpeditor/"
 
 mount_in_root "$root/proc" -t proc proc
 mount_in_root "$root/src" --bind "$src"

@@ -1,9 +1,9 @@
 #include "checker.h"
 
 #include "helpdata.h"
+#include "linkindex.h"
 
 #include <QMap>
-#include <QSet>
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <algorithm>
@@ -63,18 +63,6 @@ DocumentFacts readFacts(const DocumentEntry &entry)
     return facts;
 }
 
-// The names a link may use for a document: its relative path and its file
-// name, each with and without the suffix that every document has.
-void addLinkNames(QSet<QString> *names, const QString &relativePath)
-{
-    const qsizetype suffixLength = qsizetype(sizeof(".zyhelp") - 1);
-    const QString fileName = relativePath.section(u'/', -1);
-    for (const QString &name : {relativePath, fileName}) {
-        names->insert(name);
-        names->insert(name.chopped(suffixLength));
-    }
-}
-
 // The language most documents have; of equally common ones the smallest key.
 QString mostCommonLanguage(const QMap<QString, qsizetype> &documentsPerLanguage)
 {
@@ -115,10 +103,9 @@ CheckResult Checker::check(const QList<DocumentEntry> &documents,
     const QList<DocumentFacts> facts =
         QtConcurrent::blockingMapped<QList<DocumentFacts>>(documents, readFacts);
 
-    QSet<QString> linkNames;
+    const LinkIndex linkIndex(documents);
     QMap<QString, qsizetype> documentsPerLanguage;
     for (qsizetype i = 0; i < documents.size(); ++i) {
-        addLinkNames(&linkNames, documents.at(i).relativePath);
         for (auto it = facts.at(i).sectionCounts.cbegin(), end = facts.at(i).sectionCounts.cend();
              it != end; ++it) {
             ++documentsPerLanguage[it.key()];
@@ -181,7 +168,7 @@ CheckResult Checker::check(const QList<DocumentEntry> &documents,
             add(Finding::Warning, QStringLiteral("placeholder"), message);
 
         for (const QString &link : document.links) {
-            if (!linkNames.contains(link))
+            if (!linkIndex.contains(link))
                 add(Finding::Warning, QStringLiteral("dangling-link"),
                     QStringLiteral("link '%1' names no document of this check").arg(link));
         }

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 
+using namespace ZyHelp;
 using namespace ZyHelp::Check;
 
 namespace {

@@ -7,7 +7,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace ZyHelp::Check {
+namespace ZyHelp {
 
 // A document of the run: where it is read from, how it is printed and the
 // name that links use for it.
@@ -46,4 +46,4 @@ private:
     QString m_errorString;
 };
 
-} // namespace ZyHelp::Check
+} // namespace ZyHelp

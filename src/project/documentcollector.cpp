@@ -8,7 +8,7 @@
 #include <QMap>
 #include <QXmlStreamReader>
 
-namespace ZyHelp::Check {
+namespace ZyHelp {
 
 namespace {
 
@@ -169,4 +169,4 @@ bool DocumentCollector::isNew(const QString &key)
     return m_seen.size() != before;
 }
 
-} // namespace ZyHelp::Check
+} // namespace ZyHelp

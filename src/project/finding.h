@@ -2,7 +2,7 @@
 
 #include <QString>
 
-namespace ZyHelp::Check {
+namespace ZyHelp {
 
 // One thing an author should look at, located the way compilers report it.
 struct Finding
@@ -17,4 +17,4 @@ struct Finding
     QString message;
 };
 
-} // namespace ZyHelp::Check
+} // namespace ZyHelp

@@ -160,7 +160,8 @@ QByteArray HtmlPageWriter::documentPage(int document, const QString &language,
         ? QStringLiteral("<article>\n")
         : QStringLiteral("<article lang=\"%1\">\n").arg(esc(textLanguage));
 
-    QString bottom;
+    // The links are the site's words, not the text's: outside the article.
+    QString bottom = QStringLiteral("</article>\n");
     if (!links.isEmpty()) {
         bottom += QStringLiteral("<h2 id=\"see-also\">%1</h2>\n<ul class=\"see-also\">\n")
                       .arg(esc(text.seeAlso));
@@ -173,7 +174,6 @@ QByteArray HtmlPageWriter::documentPage(int document, const QString &language,
         }
         bottom += QLatin1StringView("</ul>\n");
     }
-    bottom += QLatin1StringView("</article>\n");
 
     const int position = m_model.position(document);
     const QList<int> &order = m_model.order();

@@ -26,6 +26,10 @@ HtmlPageWriter::HtmlPageWriter(const SiteModel &model, const QString &projectNam
     , m_languages(languages)
     , m_target(target)
 {
+    for (qsizetype i = 0; i < model.pageCount(); ++i)
+        m_titles.append(esc(model.title(int(i))));
+    for (qsizetype i = 0; i < model.folderCount(); ++i)
+        m_folderNames.append(esc(model.folder(int(i)).name));
 }
 
 QString HtmlPageWriter::up(int document) const
@@ -35,7 +39,7 @@ QString HtmlPageWriter::up(int document) const
 
 QString HtmlPageWriter::pageUrl(int document, const QString &up) const
 {
-    return up + SiteModel::url(m_model.pagePath(document)) + QLatin1StringView(".html");
+    return up + m_model.pageUrl(document);
 }
 
 QString HtmlPageWriter::folderUrl(int folder, const QString &up) const
@@ -109,25 +113,33 @@ void HtmlPageWriter::addTreeFolder(int folder, int current, const QString &up, Q
     for (; open > 0; open = m_model.folder(open).parent)
         openFolders.append(open);
 
+    // Appended piece by piece: every page has a tree, and large projects many pages.
     *out += QLatin1StringView("<ul>\n");
     for (int child : f.folders) {
-        const QString name = esc(m_model.folder(child).name);
         if (openFolders.contains(child)) {
-            *out += QStringLiteral("<li class=\"folder open\"><span>%1</span>\n").arg(name);
+            *out += QLatin1StringView("<li class=\"folder open\"><span>");
+            *out += m_folderNames.at(child);
+            *out += QLatin1StringView("</span>\n");
             addTreeFolder(child, current, up, out);
             *out += QLatin1StringView("</li>\n");
         } else {
-            *out += QStringLiteral("<li class=\"folder\"><a href=\"%1\">%2</a></li>\n")
-                        .arg(folderUrl(child, up), name);
+            *out += QLatin1StringView("<li class=\"folder\"><a href=\"");
+            *out += up;
+            *out += QLatin1StringView("index.html#f");
+            *out += QString::number(child);
+            *out += QLatin1StringView("\">");
+            *out += m_folderNames.at(child);
+            *out += QLatin1StringView("</a></li>\n");
         }
     }
     for (int page : f.pages) {
-        const QString title = esc(m_model.title(page));
-        if (page == current)
-            *out += QStringLiteral("<li><a href=\"%1\" aria-current=\"page\">%2</a></li>\n")
-                        .arg(pageUrl(page, up), title);
-        else
-            *out += QStringLiteral("<li><a href=\"%1\">%2</a></li>\n").arg(pageUrl(page, up), title);
+        *out += QLatin1StringView("<li><a href=\"");
+        *out += up;
+        *out += m_model.pageUrl(page);
+        *out += page == current ? QLatin1StringView("\" aria-current=\"page\">")
+                                : QLatin1StringView("\">");
+        *out += m_titles.at(page);
+        *out += QLatin1StringView("</a></li>\n");
     }
     *out += QLatin1StringView("</ul>\n");
 }

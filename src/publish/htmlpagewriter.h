@@ -45,6 +45,8 @@ private:
     QString up(int document) const;
 
     const SiteModel &m_model;
+    QStringList m_titles; // escaped, by document
+    QStringList m_folderNames; // escaped, by folder
     QString m_projectName;
     QStringList m_languages;
     Target m_target;

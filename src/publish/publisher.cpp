@@ -17,22 +17,38 @@
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <algorithm>
-#include <atomic>
 #include <numeric>
 
 namespace ZyHelp::Publish {
 
 namespace {
 
-// What the pages need of one document, kept instead of its model: the bodies
-// as UTF-8 hold less than the parsed text.
-struct DocumentContent
+// What is known of a document before its pages are written: a run keeps no
+// document's text, however large the project is, and reads each one again
+// when its pages are written.
+struct DocumentFacts
 {
     ParseStatus status;
-    QMap<QString, QByteArray> bodies; // by language
-    QMap<QString, QByteArray> words; // by language
+    QStringList languages;
     QList<PageLink> links;
 };
+
+// The search words of a document's pages, one entry per published language;
+// false where a page could not be written.
+struct WrittenPages
+{
+    QList<QByteArray> words;
+    bool ok = true;
+};
+
+// The text a page shows: its language's, else the fallback's, else the
+// document's first language's.
+QString shownLanguage(const QStringList &has, const QString &language, const QString &fallback)
+{
+    if (has.contains(language) || has.isEmpty())
+        return language;
+    return has.contains(fallback) ? fallback : has.first();
+}
 
 bool writeFile(const QString &path, const QByteArray &bytes)
 {
@@ -98,30 +114,26 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
         return Failed;
     }
 
-    // Read in parallel, in order: the contents line up with the documents.
+    // Read in parallel, in order: the facts line up with the documents.
     const LinkIndex linkIndex(documents);
     QList<int> indexes(documents.size());
     std::iota(indexes.begin(), indexes.end(), 0);
-    const QList<DocumentContent> contents = QtConcurrent::blockingMapped<QList<DocumentContent>>(
-        indexes, [&](int i) {
-            DocumentContent content;
-            HelpParser parser;
-            const HelpData data = parser.parse(documents.at(i).filePath, &content.status);
-            for (auto it = data.languages.cbegin(); it != data.languages.cend(); ++it) {
-                content.bodies.insert(it.key(), PageBody::html(model.title(i), it.value()));
-                content.words.insert(it.key(), PageBody::searchWords(model.title(i), it.value()));
-            }
+    const QList<DocumentFacts> facts =
+        QtConcurrent::blockingMapped<QList<DocumentFacts>>(indexes, [&](int i) {
+            DocumentFacts f;
+            const HelpData data = HelpParser().parse(documents.at(i).filePath, &f.status);
+            f.languages = data.languages.keys();
             for (const QString &link : data.links)
-                content.links.append(PageLink{int(linkIndex.indexOf(link)), link});
-            return content;
+                f.links.append(PageLink{int(linkIndex.indexOf(link)), link});
+            return f;
         });
 
     QMap<QString, qsizetype> documentsPerLanguage;
     for (qsizetype i = 0; i < documents.size(); ++i) {
-        const DocumentContent &content = contents.at(i);
+        const DocumentFacts &content = facts.at(i);
         const QString &path = documents.at(i).displayPath;
-        for (auto it = content.bodies.cbegin(); it != content.bodies.cend(); ++it)
-            ++documentsPerLanguage[it.key()];
+        for (const QString &language : content.languages)
+            ++documentsPerLanguage[language];
         if (content.status.outcome == ParseStatus::Unreadable)
             m_findings.append(Finding{path, 0, 0, Finding::Error, QStringLiteral("unreadable"),
                                       QStringLiteral("cannot open the file: %1")
@@ -173,15 +185,6 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
     const QString fallback =
         m_options.fallback.isEmpty() ? mostCommon(documentsPerLanguage) : m_options.fallback;
 
-    // The text a page shows: its language's, else the fallback's, else the
-    // document's first language's.
-    const auto textLanguage = [&](int document, const QString &language) {
-        const DocumentContent &content = contents.at(document);
-        if (content.bodies.contains(language) || content.bodies.isEmpty())
-            return language;
-        return content.bodies.contains(fallback) ? fallback : content.bodies.firstKey();
-    };
-
     const bool site = m_options.format == PublishOptions::Html;
     QTemporaryDir staging;
     const QString root = site ? output.path() : staging.path();
@@ -197,26 +200,38 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
             QDir(root).mkpath(language + u'/' + model.folder(int(f)).path);
     }
 
-    QList<QPair<QString, int>> pages; // language, document
-    for (const QString &language : languages) {
-        for (int document : model.order())
-            pages.append({language, document});
-    }
-    std::atomic<bool> written{true};
-    QtConcurrent::blockingMap(pages, [&](const QPair<QString, int> &page) {
-        const QString shown = textLanguage(page.second, page.first);
-        const QByteArray body = contents.at(page.second).bodies.value(
-            shown, PageBody::html(model.title(page.second), HelpLanguage()));
-        const QByteArray html = writer.documentPage(page.second, page.first, shown, body,
-                                                    contents.at(page.second).links);
-        if (!writeFile(root + u'/' + page.first + u'/' + model.pagePath(page.second)
-                           + QLatin1StringView(".html"),
-                       html))
-            written = false;
-    });
+    // Each document is read again and all its pages written at once.
+    const QList<WrittenPages> written =
+        QtConcurrent::blockingMapped<QList<WrittenPages>>(indexes, [&](int i) {
+            WrittenPages result;
+            ParseStatus status;
+            const HelpData data = HelpParser().parse(documents.at(i).filePath, &status);
+            const QStringList has = data.languages.keys();
+            QMap<QString, QByteArray> bodies;
+            QMap<QString, QByteArray> words;
+            for (const QString &language : languages) {
+                const QString shown = shownLanguage(has, language, fallback);
+                if (!bodies.contains(shown)) {
+                    const HelpLanguage text = data.languages.value(shown);
+                    bodies.insert(shown, PageBody::html(model.title(i), text));
+                    if (site)
+                        words.insert(shown, PageBody::searchWords(model.title(i), text));
+                }
+                const QByteArray html = writer.documentPage(i, language, shown, bodies.value(shown),
+                                                            facts.at(i).links);
+                result.ok = writeFile(root + u'/' + language + u'/' + model.pagePath(i)
+                                          + QLatin1StringView(".html"),
+                                      html)
+                    && result.ok;
+                result.words.append(words.value(shown));
+            }
+            return result;
+        });
 
-    bool ok = written;
-    for (const QString &language : languages) {
+    bool ok = std::all_of(written.cbegin(), written.cend(),
+                          [](const WrittenPages &pages) { return pages.ok; });
+    for (qsizetype l = 0; l < languages.size(); ++l) {
+        const QString &language = languages.at(l);
         const QString folder = root + u'/' + language;
         ok = ok && writeFile(folder + QLatin1StringView("/index.html"),
                              writer.contentsPage(language));
@@ -225,7 +240,7 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
             for (int document : model.order())
                 index.add(SiteModel::url(model.pagePath(document)) + QLatin1StringView(".html"),
                           model.title(document),
-                          contents.at(document).words.value(textLanguage(document, language)));
+                          written.at(document).words.at(l));
             ok = ok && writeFile(folder + QLatin1StringView("/search.html"),
                                  writer.searchPage(language))
                 && writeFile(folder + QLatin1StringView("/search-index.js"), index.script());

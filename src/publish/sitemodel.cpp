@@ -2,7 +2,6 @@
 
 #include "linkindex.h"
 
-#include <QHash>
 #include <QUrl>
 
 #include <algorithm>
@@ -17,6 +16,7 @@ SiteModel::SiteModel(const QList<DocumentEntry> &documents)
     for (int i = 0; i < documents.size(); ++i) {
         const QString path = LinkIndex::linkName(documents.at(i).relativePath);
         m_pagePaths.append(path);
+        m_pageUrls.append(url(path) + QLatin1StringView(".html"));
         const qsizetype slash = path.lastIndexOf(u'/');
         m_folderOf.append(folderFor(slash < 0 ? QString() : path.left(slash)));
         m_folders[m_folderOf.last()].pages.append(i);
@@ -61,10 +61,9 @@ int SiteModel::folderFor(const QString &folderPath)
 {
     if (folderPath.isEmpty())
         return 0;
-    for (int i = 1; i < m_folders.size(); ++i) {
-        if (m_folders.at(i).path == folderPath)
-            return i;
-    }
+    const auto known = m_folderIndexes.constFind(folderPath);
+    if (known != m_folderIndexes.cend())
+        return known.value();
     const qsizetype slash = folderPath.lastIndexOf(u'/');
     const int parent = folderFor(slash < 0 ? QString() : folderPath.left(slash));
     SiteFolder folder;
@@ -74,6 +73,7 @@ int SiteModel::folderFor(const QString &folderPath)
     folder.depth = m_folders.at(parent).depth + 1;
     m_folders.append(folder);
     m_folders[parent].folders.append(int(m_folders.size() - 1));
+    m_folderIndexes.insert(folderPath, int(m_folders.size() - 1));
     return int(m_folders.size() - 1);
 }
 

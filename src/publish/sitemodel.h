@@ -3,6 +3,7 @@
 #include "documentcollector.h"
 #include "finding.h"
 
+#include <QHash>
 #include <QList>
 #include <QString>
 
@@ -31,6 +32,8 @@ public:
     // document's link name.
     QString pagePath(int document) const { return m_pagePaths.at(document); }
     QString title(int document) const;
+    // pagePath() as a relative URL with ".html".
+    QString pageUrl(int document) const { return m_pageUrls.at(document); }
     int folderOf(int document) const { return m_folderOf.at(document); }
     const SiteFolder &folder(int index) const { return m_folders.at(index); }
     qsizetype folderCount() const { return m_folders.size(); }
@@ -48,10 +51,12 @@ public:
 
 private:
     int folderFor(const QString &folderPath);
+    QHash<QString, int> m_folderIndexes; // by path
     void addInOrder(int folder);
 
     QList<DocumentEntry> m_documents;
     QStringList m_pagePaths;
+    QStringList m_pageUrls;
     QList<int> m_folderOf;
     QList<SiteFolder> m_folders;
     QList<int> m_order;

@@ -246,7 +246,7 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
                 && writeFile(folder + QLatin1StringView("/search-index.js"), index.script());
         } else {
             ok = ok && writeFile(folder + QLatin1StringView("/style.css"),
-                                 resource(QStringLiteral("style.css")));
+                                 resource(QStringLiteral("help.css")));
         }
     }
     if (!ok) {

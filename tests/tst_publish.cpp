@@ -1,5 +1,8 @@
 #include "testutil.h"
 
+#include "pagebody.h"
+#include "sitemodel.h"
+
 #include <QDirIterator>
 #include <QHelpEngineCore>
 #include <QHelpLink>
@@ -23,6 +26,9 @@ private slots:
     void qtHelp();
     void badInput_data();
     void badInput();
+    void paragraphs_data();
+    void paragraphs();
+    void siteModel();
 
 private:
     int publish(const QStringList &arguments, QByteArray *errors = nullptr);
@@ -216,6 +222,18 @@ void TestPublish::badInput_data()
     QTest::newRow("page names collide")
         << QStringList{QStringLiteral("CASES")} << 1
         << "its page 'b.html' collides with that of" << false;
+    QTest::newRow("OUT's folder missing")
+        << QStringList{QStringLiteral("-o"), QStringLiteral("FILE/none/out"), site} << 1
+        << "no such folder" << false;
+    QTest::newRow("qhelpgenerator only warns")
+        << QStringList{QStringLiteral("--format"), QStringLiteral("qthelp"),
+                       QStringLiteral("--qhelpgenerator"),
+                       QStringLiteral(ZY_PUBLISH_DATA "/warning-qhelpgenerator.sh"), site}
+        << 1 << "Warning: file index.html not found" << false;
+    QTest::newRow("no qhelpgenerator")
+        << QStringList{QStringLiteral("--format"), QStringLiteral("qthelp"),
+                       QStringLiteral("--qhelpgenerator"), QStringLiteral("/nonexistent"), site}
+        << 1 << "/nonexistent: not an executable program" << false;
     QTest::newRow("faulty document") << QStringList{QStringLiteral(ZY_PUBLISH_DATA "/faulty.zyhelp")}
                                      << 1 << "faulty.zyhelp:8:48: error: faulty XML" << true;
 }
@@ -247,6 +265,51 @@ void TestPublish::badInput()
     // Nothing is left beside OUT.
     QCOMPARE(base.entryList(QDir::Hidden | QDir::AllEntries | QDir::NoDotAndDotDot),
              QStringList({QStringLiteral("cases"), QStringLiteral("FILE"), QStringLiteral("old")}));
+}
+
+void TestPublish::paragraphs_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("html");
+
+    QTest::newRow("one line") << "a" << "<p>a</p>\n";
+    QTest::newRow("line break") << "a\nb" << "<p>a<br>\nb</p>\n";
+    QTest::newRow("blank line") << "a\n\nb" << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("blank line of spaces, CR LF")
+        << "a\r\n  \t\r\nb\r\n" << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("several blank lines") << "\n\na\n\n\n\nb\n\n" << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("empty") << "" << "";
+    QTest::newRow("markup") << "<a href='x'>&amp;</a>"
+                            << "<p>&lt;a href=&#39;x&#39;&gt;&amp;amp;&lt;/a&gt;</p>\n";
+    QTest::newRow("control character") << "a\x01" "b" << "<p>a\uFFFDb</p>\n";
+}
+
+void TestPublish::paragraphs()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, html);
+    QCOMPARE(ZyHelp::Publish::PageBody::paragraphs(text), html);
+}
+
+void TestPublish::siteModel()
+{
+    using ZyHelp::DocumentEntry;
+    const auto entry = [](const QString &relative) {
+        return DocumentEntry{relative, relative, relative};
+    };
+    const ZyHelp::Publish::SiteModel model({entry(QStringLiteral("z.zyhelp")),
+                                            entry(QStringLiteral("b/b/x.zyhelp")),
+                                            entry(QStringLiteral("a/Ä 100%#?.zyhelp")),
+                                            entry(QStringLiteral("a/ä 100%#?.ZYHELP")),
+                                            entry(QStringLiteral("b/a.zyhelp"))});
+    // Contents order: a folder's subfolders, then its pages; by name.
+    QCOMPARE(model.order(), QList<int>({2, 3, 1, 4, 0}));
+    QCOMPARE(model.position(4), 3);
+    QCOMPARE(model.pageUrl(2), QStringLiteral("a/%C3%84%20100%25%23%3F.html"));
+    QCOMPARE(model.folder(model.folderOf(1)).path, QStringLiteral("b/b"));
+    QCOMPARE(model.folder(model.folderOf(1)).depth, 2);
+    QCOMPARE(model.collisions().size(), 1);
+    QCOMPARE(model.collisions().first().path, QStringLiteral("a/ä 100%#?.ZYHELP"));
 }
 
 QTEST_GUILESS_MAIN(TestPublish)

@@ -148,7 +148,8 @@ void TestPublish::site()
     search.setQuery(QStringLiteral("q=ZEBRA"));
     QVERIFY(tool(chromium,
                  {QStringLiteral("--no-sandbox"), QStringLiteral("--disable-gpu"),
-                  QStringLiteral("--no-first-run"), QStringLiteral("--disable-background-networking"),
+                  QStringLiteral("--no-first-run"),
+                  QStringLiteral("--disable-background-networking"),
                   QStringLiteral("--disable-component-update"), QStringLiteral("--disable-sync"),
                   QStringLiteral("--disable-dev-shm-usage"),
                   QStringLiteral("--user-data-dir=") + m_dir.filePath(QStringLiteral("chromium")),
@@ -206,8 +207,9 @@ void TestPublish::badInput_data()
     QTest::addColumn<bool>("replaced");
 
     const QString site = QStringLiteral(ZY_PUBLISH_DATA "/site");
-    QTest::newRow("OUT is a file") << QStringList{QStringLiteral("-o"), QStringLiteral("FILE"), site}
-                                   << 1 << "exists and is no folder" << false;
+    QTest::newRow("OUT is a file")
+        << QStringList{QStringLiteral("-o"), QStringLiteral("FILE"), site}
+        << 1 << "exists and is no folder" << false;
     QTest::newRow("OUT cannot be written")
         << QStringList{QStringLiteral("-o"), QStringLiteral("/proc/zyhelp"), site} << 1
         << "cannot write beside it" << false;
@@ -217,8 +219,9 @@ void TestPublish::badInput_data()
     QTest::newRow("fallback nobody has")
         << QStringList{QStringLiteral("--fallback"), QStringLiteral("fr"), site} << 2
         << "--fallback: no document has the language 'fr'" << false;
-    QTest::newRow("bad format") << QStringList{QStringLiteral("--format"), QStringLiteral("pdf"), site}
-                                << 2 << "--format must be html or qthelp" << false;
+    QTest::newRow("bad format")
+        << QStringList{QStringLiteral("--format"), QStringLiteral("pdf"), site}
+        << 2 << "--format must be html or qthelp" << false;
     QTest::newRow("page names collide")
         << QStringList{QStringLiteral("CASES")} << 1
         << "its page 'b.html' collides with that of" << false;
@@ -234,8 +237,9 @@ void TestPublish::badInput_data()
         << QStringList{QStringLiteral("--format"), QStringLiteral("qthelp"),
                        QStringLiteral("--qhelpgenerator"), QStringLiteral("/nonexistent"), site}
         << 1 << "/nonexistent: not an executable program" << false;
-    QTest::newRow("faulty document") << QStringList{QStringLiteral(ZY_PUBLISH_DATA "/faulty.zyhelp")}
-                                     << 1 << "faulty.zyhelp:8:48: error: faulty XML" << true;
+    QTest::newRow("faulty document")
+        << QStringList{QStringLiteral(ZY_PUBLISH_DATA "/faulty.zyhelp")}
+        << 1 << "faulty.zyhelp:8:48: error: faulty XML" << true;
 }
 
 void TestPublish::badInput()

@@ -94,8 +94,9 @@ QString HtmlPageWriter::banner(const QString &language, const QString &up,
 
 QString HtmlPageWriter::tree(int current, const QString &up, const QString &language) const
 {
-    QString out = QStringLiteral("<div class=\"page\">\n<nav class=\"contents\" aria-label=\"%1\">\n")
-                      .arg(esc(SiteText::forLanguage(language).contents));
+    QString out =
+        QStringLiteral("<div class=\"page\">\n<nav class=\"contents\" aria-label=\"%1\">\n")
+            .arg(esc(SiteText::forLanguage(language).contents));
     addTreeFolder(0, current, up, &out);
     return out + QLatin1StringView("</nav>\n");
 }

@@ -57,8 +57,9 @@ bool OutputFolder::commit()
     const QByteArray out = QFile::encodeName(m_out);
     QByteArray old;
     if (QFileInfo::exists(m_out)) {
-        QTemporaryDir oldPlace(QFileInfo(m_out).absolutePath()
-                               + QStringLiteral("/.%1.old-XXXXXX").arg(QFileInfo(m_out).fileName()));
+        const QFileInfo info(m_out);
+        QTemporaryDir oldPlace(info.absolutePath()
+                               + QStringLiteral("/.%1.old-XXXXXX").arg(info.fileName()));
         oldPlace.setAutoRemove(false);
         old = QFile::encodeName(oldPlace.path());
         if (!oldPlace.isValid() || std::rename(out.constData(), old.constData()) != 0) {

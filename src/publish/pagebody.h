@@ -22,7 +22,10 @@ public:
     static QString escaped(const QString &text);
     // Paragraphs at blank lines; a line break inside one stays a line break.
     static QString paragraphs(const QString &text);
-    static QString sectionAnchor(qsizetype position) { return QStringLiteral("s%1").arg(position + 1); }
+    static QString sectionAnchor(qsizetype position)
+    {
+        return QStringLiteral("s%1").arg(position + 1);
+    }
 };
 
 } // namespace ZyHelp::Publish

@@ -160,7 +160,7 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
 
     QStringList languages;
     for (const QString &language : m_options.languages) {
-        if (!documentsPerLanguage.contains(language)) {
+        if (!usableKey(language) || !documentsPerLanguage.contains(language)) {
             m_errorString = QStringLiteral("--languages: no document has the language '%1'")
                                 .arg(language);
             return UsageError;
@@ -269,12 +269,17 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
             const QString qhpFile = folder + u'/' + name + QLatin1StringView(".qhp");
             const QStringList faults = qhp.faults(folder);
             if (!faults.isEmpty()) {
-                m_errorString = QStringLiteral("%1: %2").arg(qhpFile, faults.join(QLatin1StringView("; ")));
+                m_errorString =
+                    QStringLiteral("%1: %2").arg(qhpFile, faults.join(QLatin1StringView("; ")));
                 return Failed;
             }
             if (!writeFile(qhpFile, qhp.project({QStringLiteral("index.html"),
-                                                 QStringLiteral("style.css")}))
-                || !generator.run(qhpFile, output.path() + u'/' + name + QLatin1StringView(".qch"))) {
+                                                 QStringLiteral("style.css")}))) {
+                m_errorString = QStringLiteral("%1: cannot write the file").arg(qhpFile);
+                return Failed;
+            }
+            const QString qchFile = output.path() + u'/' + name + QLatin1StringView(".qch");
+            if (!generator.run(qhpFile, qchFile)) {
                 m_errorString = generator.errorString();
                 return Failed;
             }

@@ -33,14 +33,6 @@ struct DocumentFacts
     QList<PageLink> links;
 };
 
-// The search words of a document's pages, one entry per published language;
-// false where a page could not be written.
-struct WrittenPages
-{
-    QList<QByteArray> words;
-    bool ok = true;
-};
-
 // The text a page shows: its language's, else the fallback's, else the
 // document's first language's.
 QString shownLanguage(const QStringList &has, const QString &language, const QString &fallback)
@@ -228,68 +220,84 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
             return result;
         });
 
-    bool ok = std::all_of(written.cbegin(), written.cend(),
-                          [](const WrittenPages &pages) { return pages.ok; });
+    const bool pagesWritten = std::all_of(written.cbegin(), written.cend(),
+                                          [](const WrittenPages &pages) { return pages.ok; });
+    if (!pagesWritten || !writeLanguageFiles(model, writer, languages, written, root)) {
+        m_errorString = QStringLiteral("%1: cannot write the pages").arg(m_options.out);
+        return Failed;
+    }
+    if (!site && !compileQtHelp(model, languages, root, output.path()))
+        return Failed;
+    if (!output.commit()) {
+        m_errorString = output.errorString();
+        return Failed;
+    }
+    return faulty ? Failed : Published;
+}
+
+// Per language the contents page and, for the site, the search page and its
+// index; for Qt Help the style sheet. The site's shared files lie in root.
+bool Publisher::writeLanguageFiles(const SiteModel &model, const HtmlPageWriter &writer,
+                                   const QStringList &languages,
+                                   const QList<WrittenPages> &written, const QString &root) const
+{
+    const bool site = m_options.format == PublishOptions::Html;
+    bool ok = true;
     for (qsizetype l = 0; l < languages.size(); ++l) {
-        const QString &language = languages.at(l);
-        const QString folder = root + u'/' + language;
+        const QString folder = root + u'/' + languages.at(l);
         ok = ok && writeFile(folder + QLatin1StringView("/index.html"),
-                             writer.contentsPage(language));
+                             writer.contentsPage(languages.at(l)));
         if (site) {
             SearchIndexWriter index;
             for (int document : model.order())
-                index.add(SiteModel::url(model.pagePath(document)) + QLatin1StringView(".html"),
-                          model.title(document),
+                index.add(model.pageUrl(document), model.title(document),
                           written.at(document).words.at(l));
             ok = ok && writeFile(folder + QLatin1StringView("/search.html"),
-                                 writer.searchPage(language))
+                                 writer.searchPage(languages.at(l)))
                 && writeFile(folder + QLatin1StringView("/search-index.js"), index.script());
         } else {
             ok = ok && writeFile(folder + QLatin1StringView("/style.css"),
                                  resource(QStringLiteral("help.css")));
         }
     }
-    if (!ok) {
-        m_errorString = QStringLiteral("%1: cannot write the pages").arg(m_options.out);
-        return Failed;
-    }
-
     if (site) {
-        ok = writeFile(root + QLatin1StringView("/index.html"), writer.redirectPage())
+        ok = ok && writeFile(root + QLatin1StringView("/index.html"), writer.redirectPage())
             && writeFile(root + QLatin1StringView("/style.css"),
                          resource(QStringLiteral("style.css")))
             && writeFile(root + QLatin1StringView("/search.js"),
                          resource(QStringLiteral("search.js")));
-    } else {
-        HelpGenerator generator(m_options.helpGenerator);
-        for (const QString &language : languages) {
-            const QString folder = root + u'/' + language;
-            const QhpWriter qhp(model, m_projectName, language);
-            const QString name = m_projectName + u'_' + language;
-            const QString qhpFile = folder + u'/' + name + QLatin1StringView(".qhp");
-            const QStringList faults = qhp.faults(folder);
-            if (!faults.isEmpty()) {
-                m_errorString =
-                    QStringLiteral("%1: %2").arg(qhpFile, faults.join(QLatin1StringView("; ")));
-                return Failed;
-            }
-            if (!writeFile(qhpFile, qhp.project({QStringLiteral("index.html"),
-                                                 QStringLiteral("style.css")}))) {
-                m_errorString = QStringLiteral("%1: cannot write the file").arg(qhpFile);
-                return Failed;
-            }
-            const QString qchFile = output.path() + u'/' + name + QLatin1StringView(".qch");
-            if (!generator.run(qhpFile, qchFile)) {
-                m_errorString = generator.errorString();
-                return Failed;
-            }
+    }
+    return ok;
+}
+
+// Writes, checks and compiles each language's Qt Help project in root into
+// out/NAME_LANG.qch.
+bool Publisher::compileQtHelp(const SiteModel &model, const QStringList &languages,
+                              const QString &root, const QString &out)
+{
+    HelpGenerator generator(m_options.helpGenerator);
+    for (const QString &language : languages) {
+        const QString folder = root + u'/' + language;
+        const QhpWriter qhp(model, m_projectName, language);
+        const QString name = m_projectName + u'_' + language;
+        const QString qhpFile = folder + u'/' + name + QLatin1StringView(".qhp");
+        const QStringList faults = qhp.faults(folder);
+        if (!faults.isEmpty()) {
+            m_errorString =
+                QStringLiteral("%1: %2").arg(qhpFile, faults.join(QLatin1StringView("; ")));
+            return false;
+        }
+        if (!writeFile(qhpFile, qhp.project({QStringLiteral("index.html"),
+                                             QStringLiteral("style.css")}))) {
+            m_errorString = QStringLiteral("%1: cannot write the file").arg(qhpFile);
+            return false;
+        }
+        if (!generator.run(qhpFile, out + u'/' + name + QLatin1StringView(".qch"))) {
+            m_errorString = generator.errorString();
+            return false;
         }
     }
-    if (!output.commit()) {
-        m_errorString = output.errorString();
-        return Failed;
-    }
-    return faulty ? Failed : Published;
+    return true;
 }
 
 } // namespace ZyHelp::Publish

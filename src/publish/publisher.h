@@ -3,11 +3,23 @@
 #include "documentcollector.h"
 #include "finding.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QStringList>
 
 namespace ZyHelp::Publish {
+
+class HtmlPageWriter;
+class SiteModel;
+
+// The search words of a document's pages, one entry per published language;
+// false where a page could not be written.
+struct WrittenPages
+{
+    QList<QByteArray> words;
+    bool ok = true;
+};
 
 struct PublishOptions
 {
@@ -38,6 +50,12 @@ public:
     static QString toText(const Finding &finding);
 
 private:
+    bool writeLanguageFiles(const SiteModel &model, const HtmlPageWriter &writer,
+                            const QStringList &languages, const QList<WrittenPages> &written,
+                            const QString &root) const;
+    bool compileQtHelp(const SiteModel &model, const QStringList &languages, const QString &root,
+                       const QString &out);
+
     PublishOptions m_options;
     QString m_projectName;
     QList<Finding> m_findings;

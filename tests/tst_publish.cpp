@@ -1,6 +1,8 @@
 #include "testutil.h"
 
+#include "helpdata.h"
 #include "pagebody.h"
+#include "qhpwriter.h"
 #include "sitemodel.h"
 
 #include <QDirIterator>
@@ -29,6 +31,10 @@ private slots:
     void paragraphs_data();
     void paragraphs();
     void siteModel();
+    void searchWords_data();
+    void searchWords();
+    void qhpFaults();
+    void oneLanguage();
 
 private:
     int publish(const QStringList &arguments, QByteArray *errors = nullptr);
@@ -314,6 +320,62 @@ void TestPublish::siteModel()
     QCOMPARE(model.folder(model.folderOf(1)).depth, 2);
     QCOMPARE(model.collisions().size(), 1);
     QCOMPARE(model.collisions().first().path, QStringLiteral("a/ä 100%#?.ZYHELP"));
+}
+
+void TestPublish::searchWords_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("words");
+
+    QTest::newRow("sorted, once, lower case") << "Beta alpha BETA" << QByteArray("alpha beta t");
+    QTest::newRow("umlauts and digits") << "Größe 100%" << QByteArray("100 größe t");
+    QTest::newRow("beyond the BMP")
+        << "\U0001D400b \U0001F600" << QStringLiteral("t \U0001D400b").toUtf8();
+    QTest::newRow("markup is text") << "<b>fett</b>" << QByteArray("b fett t");
+}
+
+// The search page splits a query as the index splits the text.
+void TestPublish::searchWords()
+{
+    QFETCH(QString, text);
+    QFETCH(QByteArray, words);
+    ZyHelp::HelpLanguage language;
+    language.sections.append(ZyHelp::HelpSection{QString(), text});
+    QCOMPARE(ZyHelp::Publish::PageBody::searchWords(QStringLiteral("T"), language), words);
+}
+
+// What qhelpgenerator would only warn about is found before it runs.
+void TestPublish::qhpFaults()
+{
+    const ZyHelp::Publish::SiteModel model(
+        {ZyHelp::DocumentEntry{QString(), QString(), QStringLiteral("a/b.zyhelp")}});
+    const QString folder = m_dir.filePath(QStringLiteral("qhp"));
+    const ZyHelp::Publish::QhpWriter writer(model, QStringLiteral("Mein Projekt!"),
+                                            QStringLiteral("de"));
+    QCOMPARE(writer.helpNamespace(), QStringLiteral("zyhelp.mein-projekt-.de"));
+    QCOMPARE(writer.faults(folder),
+             QStringList({QStringLiteral("the page 'a/b.html' is missing"),
+                          QStringLiteral("the contents page 'index.html' is missing")}));
+    Test::writeFile(folder + QStringLiteral("/a/b.html"), "<p>b</p>");
+    Test::writeFile(folder + QStringLiteral("/index.html"), "<p>index</p>");
+    QCOMPARE(writer.faults(folder), QStringList());
+}
+
+// One language: no switch, the entry leads to it, and a stale file of the
+// old output is gone.
+void TestPublish::oneLanguage()
+{
+    const QString out = m_dir.filePath(QStringLiteral("english"));
+    Test::writeFile(out + QStringLiteral("/de/stale.html"), "old");
+    QCOMPARE(publish({QStringLiteral("--languages"), QStringLiteral("en"), QStringLiteral("-o"),
+                      out, m_data + QStringLiteral("/site")}),
+             0);
+    QCOMPARE(QDir(out).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList{"en"});
+    QVERIFY(Test::readFile(out + QStringLiteral("/index.html")).contains("url=en/index.html"));
+    const QByteArray page = Test::readFile(out + QStringLiteral("/en/start.html"));
+    QVERIFY(page.startsWith("<!DOCTYPE html>\n<html lang=\"en\">"));
+    QVERIFY(!page.contains("hreflang"));
+    QVERIFY(page.contains("<h2 id=\"see-also\">See also</h2>"));
 }
 
 QTEST_GUILESS_MAIN(TestPublish)

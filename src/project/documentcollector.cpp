@@ -78,6 +78,14 @@ Finding projectListFinding(const QString &projectPath, const QString &message)
 bool DocumentCollector::addPath(const QString &path)
 {
     const QFileInfo info(path);
+    if (m_projectName.isEmpty() && info.exists()) {
+        if (info.isDir())
+            m_projectName = QDir(info.canonicalFilePath()).dirName();
+        else if (hasSuffix(path, QLatin1StringView(".zyproject")))
+            m_projectName = info.completeBaseName();
+        else
+            m_projectName = QFileInfo(info.canonicalFilePath()).dir().dirName();
+    }
     if (info.isDir()) {
         if (isNew(canonicalKey(path)))
             addFolder(path, path);

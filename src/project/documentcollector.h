@@ -33,6 +33,9 @@ public:
     QList<DocumentEntry> documents() const { return m_documents; }
     // The project-list findings of the project files added.
     QList<Finding> findings() const { return m_findings; }
+    // The name of the run's project, taken from the first path added: a
+    // project file's base name, a folder's name, or a document's folder's name.
+    QString projectName() const { return m_projectName; }
 
 private:
     bool addProject(const QString &path);
@@ -44,6 +47,7 @@ private:
     QList<Finding> m_findings;
     QSet<QString> m_seen; // canonicalKey() of every document, folder and project file added
     QString m_errorString;
+    QString m_projectName;
 };
 
 } // namespace ZyHelp

@@ -1,0 +1,124 @@
+#include "documentcollector.h"
+#include "publisher.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+using namespace ZyHelp;
+using namespace ZyHelp::Publish;
+
+namespace {
+
+void writeLine(const QString &line)
+{
+    const QByteArray bytes = (line + u'\n').toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+}
+
+int usageError(const QString &message)
+{
+    writeLine(QStringLiteral("zyhelppublish: %1").arg(message));
+    return Publisher::UsageError;
+}
+
+QStringList keys(const QString &list)
+{
+    QStringList result;
+    for (const QString &part : list.split(u',')) {
+        const QString key = part.trimmed();
+        if (!key.isEmpty() && !result.contains(key))
+            result.append(key);
+    }
+    return result;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("zyhelppublish"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ZY_VERSION));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Publishes help documents as a static HTML site per language (OUT/LANG/...) or as\n"
+        "Qt Help files (OUT/NAME_LANG.qch). OUT is replaced only by a complete output.\n"
+        "Exit status: 0 when published without errors, 1 with errors (a faulty document is\n"
+        "published up to its fault), 2 for a usage error."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption formatOption(QStringLiteral("format"),
+                                          QStringLiteral("Publish as html (default) or qthelp."),
+                                          QStringLiteral("html|qthelp"), QStringLiteral("html"));
+    const QCommandLineOption languagesOption(
+        QStringLiteral("languages"),
+        QStringLiteral("The languages to publish, e.g. de,en (default: every language any "
+                       "document has). The first one is the site's entry."),
+        QStringLiteral("keys"));
+    const QCommandLineOption fallbackOption(
+        QStringLiteral("fallback"),
+        QStringLiteral("The language whose text a page shows where its own is missing "
+                       "(default: the one most documents have)."),
+        QStringLiteral("key"));
+    const QCommandLineOption outOption(QStringList{QStringLiteral("o"), QStringLiteral("output")},
+                                       QStringLiteral("The folder to publish into."),
+                                       QStringLiteral("OUT"));
+    const QCommandLineOption generatorOption(
+        QStringLiteral("qhelpgenerator"),
+        QStringLiteral("The qhelpgenerator program (default: the one of Qt's tools)."),
+        QStringLiteral("PATH"));
+    parser.addOptions({formatOption, languagesOption, fallbackOption, outOption, generatorOption});
+    parser.addPositionalArgument(
+        QStringLiteral("PATH"),
+        QStringLiteral("A project file (.zyproject: the documents below its folder), a folder "
+                       "(the documents below it) or a help document (.zyhelp)."),
+        QStringLiteral("PATH..."));
+
+    if (!parser.parse(QCoreApplication::arguments()))
+        return usageError(parser.errorText());
+    if (parser.isSet(QStringLiteral("help")))
+        parser.showHelp(Publisher::Published);
+    if (parser.isSet(QStringLiteral("version")))
+        parser.showVersion();
+
+    PublishOptions options;
+    const QString format = parser.value(formatOption);
+    if (format != u"html" && format != u"qthelp")
+        return usageError(QStringLiteral("--format must be html or qthelp, not '%1'").arg(format));
+    options.format = format == u"html" ? PublishOptions::Html : PublishOptions::QtHelp;
+    if (parser.isSet(languagesOption)) {
+        options.languages = keys(parser.value(languagesOption));
+        if (options.languages.isEmpty())
+            return usageError(QStringLiteral("--languages names no language"));
+    }
+    options.fallback = parser.value(fallbackOption).trimmed();
+    options.out = parser.value(outOption);
+    options.helpGenerator = parser.value(generatorOption);
+    if (options.out.isEmpty())
+        return usageError(QStringLiteral("no output folder given (-o OUT)"));
+    const QStringList paths = parser.positionalArguments();
+    if (paths.isEmpty())
+        return usageError(QStringLiteral("no PATH given (see --help)"));
+
+    DocumentCollector collector;
+    bool usable = true;
+    for (const QString &path : paths) {
+        if (!collector.addPath(path)) {
+            usageError(collector.errorString());
+            usable = false;
+        }
+    }
+    if (!usable)
+        return Publisher::UsageError;
+
+    Publisher publisher(options, collector.projectName());
+    const Publisher::Status status = publisher.publish(collector.documents());
+    for (const Finding &finding : publisher.findings())
+        writeLine(Publisher::toText(finding));
+    if (!publisher.errorString().isEmpty())
+        writeLine(QStringLiteral("zyhelppublish: %1").arg(publisher.errorString()));
+    return status;
+}

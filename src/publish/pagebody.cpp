@@ -1,0 +1,117 @@
+#include "pagebody.h"
+
+#include "helpdata.h"
+
+#include <QSet>
+
+#include <algorithm>
+
+namespace ZyHelp::Publish {
+
+namespace {
+
+// Words as the search page splits a query: runs of letters and digits, also
+// beyond the BMP.
+void addWords(const QString &text, QSet<QString> *words)
+{
+    const QString lower = text.toLower();
+    const qsizetype size = lower.size();
+    qsizetype start = -1;
+    qsizetype i = 0;
+    while (i <= size) {
+        uint c = 0;
+        qsizetype length = 1;
+        if (i < size) {
+            c = lower.at(i).unicode();
+            if (QChar::isHighSurrogate(c) && i + 1 < size && lower.at(i + 1).isLowSurrogate()) {
+                c = QChar::surrogateToUcs4(lower.at(i), lower.at(i + 1));
+                length = 2;
+            }
+        }
+        const bool inWord = i < size && QChar::isLetterOrNumber(c);
+        if (inWord && start < 0) {
+            start = i;
+        } else if (!inWord && start >= 0) {
+            words->insert(lower.mid(start, i - start));
+            start = -1;
+        }
+        i += length;
+    }
+}
+
+} // namespace
+
+QString PageBody::escaped(const QString &text)
+{
+    QString out;
+    out.reserve(text.size() + text.size() / 8);
+    for (const QChar c : text) {
+        switch (c.unicode()) {
+        case '&': out += QLatin1StringView("&amp;"); break;
+        case '<': out += QLatin1StringView("&lt;"); break;
+        case '>': out += QLatin1StringView("&gt;"); break;
+        case '"': out += QLatin1StringView("&quot;"); break;
+        case '\'': out += QLatin1StringView("&#39;"); break;
+        default:
+            // Control characters other than tab and line breaks are no HTML text.
+            if (c.unicode() < 0x20 && c != u'\t' && c != u'\n')
+                out += u'\uFFFD';
+            else
+                out += c;
+        }
+    }
+    return out;
+}
+
+QString PageBody::paragraphs(const QString &text)
+{
+    QString out;
+    QStringList lines;
+    const auto flush = [&] {
+        if (!lines.isEmpty())
+            out += QLatin1StringView("<p>") + lines.join(QLatin1StringView("<br>\n"))
+                + QLatin1StringView("</p>\n");
+        lines.clear();
+    };
+    for (const QString &line : QString(text).replace(u'\r', QString()).split(u'\n')) {
+        if (line.trimmed().isEmpty())
+            flush();
+        else
+            lines.append(escaped(line));
+    }
+    flush();
+    return out;
+}
+
+QByteArray PageBody::html(const QString &title, const HelpLanguage &language)
+{
+    QString out = QLatin1StringView("<h1>") + escaped(title) + QLatin1StringView("</h1>\n");
+    if (!language.description.trimmed().isEmpty())
+        out += QLatin1StringView("<div class=\"lead\">\n") + paragraphs(language.description)
+            + QLatin1StringView("</div>\n");
+    for (qsizetype i = 0; i < language.sections.size(); ++i) {
+        const HelpSection &section = language.sections.at(i);
+        const QString anchor = sectionAnchor(i);
+        out += QStringLiteral("<section>\n<h2 id=\"%1\">%2 <a class=\"permalink\" href=\"#%1\" "
+                              "aria-label=\"\u00b6 %3\">\u00b6</a></h2>\n")
+                   .arg(anchor, escaped(section.name), escaped(section.name))
+            + paragraphs(section.content) + QLatin1StringView("</section>\n");
+    }
+    return out.toUtf8();
+}
+
+QByteArray PageBody::searchWords(const QString &title, const HelpLanguage &language)
+{
+    QSet<QString> words;
+    addWords(title, &words);
+    addWords(language.description, &words);
+    for (const HelpSection &section : language.sections) {
+        addWords(section.name, &words);
+        addWords(section.content, &words);
+    }
+    QStringList sorted(words.cbegin(), words.cend());
+    std::sort(sorted.begin(), sorted.end());
+    return sorted.join(u' ').toUtf8();
+}
+
+} // namespace ZyHelp::Publish

@@ -1,0 +1,303 @@
+#include "publisher.h"
+
+#include "helpdata.h"
+#include "helpgenerator.h"
+#include "htmlpagewriter.h"
+#include "linkindex.h"
+#include "outputfolder.h"
+#include "pagebody.h"
+#include "qhpwriter.h"
+#include "searchindexwriter.h"
+#include "sitemodel.h"
+
+#include <QDir>
+#include <QFile>
+#include <QMap>
+#include <QTemporaryDir>
+#include <QtConcurrent/QtConcurrentMap>
+
+#include <algorithm>
+#include <numeric>
+
+namespace ZyHelp::Publish {
+
+namespace {
+
+// What is known of a document before its pages are written: a run keeps no
+// document's text, however large the project is, and reads each one again
+// when its pages are written.
+struct DocumentFacts
+{
+    ParseStatus status;
+    QStringList languages;
+    QList<PageLink> links;
+};
+
+// The text a page shows: its language's, else the fallback's, else the
+// document's first language's.
+QString shownLanguage(const QStringList &has, const QString &language, const QString &fallback)
+{
+    if (has.contains(language) || has.isEmpty())
+        return language;
+    return has.contains(fallback) ? fallback : has.first();
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
+}
+
+QByteArray resource(const QString &name)
+{
+    QFile file(QStringLiteral(":/zyhelppublish/") + name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The language most documents have; of equally common ones the smallest key.
+QString mostCommon(const QMap<QString, qsizetype> &documentsPerLanguage)
+{
+    QString language;
+    qsizetype most = 0;
+    for (auto it = documentsPerLanguage.cbegin(); it != documentsPerLanguage.cend(); ++it) {
+        if (it.value() > most) {
+            most = it.value();
+            language = it.key();
+        }
+    }
+    return language;
+}
+
+// A language key names a folder; one that cannot is not published.
+bool usableKey(const QString &key)
+{
+    return !key.isEmpty() && key != u"." && key != u".." && !key.contains(u'/');
+}
+
+} // namespace
+
+Publisher::Publisher(const PublishOptions &options, const QString &projectName)
+    : m_options(options)
+    , m_projectName(projectName.isEmpty() ? QStringLiteral("Hilfe") : projectName)
+{
+}
+
+QString Publisher::toText(const Finding &f)
+{
+    const QString location =
+        f.line > 0 ? QStringLiteral("%1:%2:%3").arg(f.path).arg(f.line).arg(f.column) : f.path;
+    return QStringLiteral("%1: %2: %3 [%4]")
+        .arg(location, f.severity == Finding::Error ? QStringLiteral("error")
+                                                    : QStringLiteral("warning"),
+             f.message, f.id);
+}
+
+Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
+{
+    const SiteModel model(documents);
+    if (!model.collisions().isEmpty()) {
+        m_findings = model.collisions();
+        m_errorString = QStringLiteral("nothing published: page names collide");
+        return Failed;
+    }
+    OutputFolder output(m_options.out);
+    if (!output.prepare()) {
+        m_errorString = output.errorString();
+        return Failed;
+    }
+
+    // Read in parallel, in order: the facts line up with the documents.
+    const LinkIndex linkIndex(documents);
+    QList<int> indexes(documents.size());
+    std::iota(indexes.begin(), indexes.end(), 0);
+    const QList<DocumentFacts> facts =
+        QtConcurrent::blockingMapped<QList<DocumentFacts>>(indexes, [&](int i) {
+            DocumentFacts f;
+            const HelpData data = HelpParser().parse(documents.at(i).filePath, &f.status);
+            f.languages = data.languages.keys();
+            for (const QString &link : data.links)
+                f.links.append(PageLink{int(linkIndex.indexOf(link)), link});
+            return f;
+        });
+
+    QMap<QString, qsizetype> documentsPerLanguage;
+    for (qsizetype i = 0; i < documents.size(); ++i) {
+        const DocumentFacts &content = facts.at(i);
+        const QString &path = documents.at(i).displayPath;
+        for (const QString &language : content.languages)
+            ++documentsPerLanguage[language];
+        if (content.status.outcome == ParseStatus::Unreadable)
+            m_findings.append(Finding{path, 0, 0, Finding::Error, QStringLiteral("unreadable"),
+                                      QStringLiteral("cannot open the file: %1")
+                                          .arg(content.status.errorString)});
+        else if (content.status.outcome == ParseStatus::Faulty)
+            m_findings.append(Finding{
+                path, content.status.line, content.status.column, Finding::Error,
+                QStringLiteral("xml"),
+                QStringLiteral("faulty XML, published up to here: %1")
+                    .arg(content.status.errorString)});
+        for (const PageLink &link : content.links) {
+            if (link.target < 0)
+                m_findings.append(Finding{
+                    path, 0, 0, Finding::Warning, QStringLiteral("dangling-link"),
+                    QStringLiteral("link '%1' names no document of this check").arg(link.text)});
+        }
+    }
+    std::stable_sort(m_findings.begin(), m_findings.end(), [](const Finding &a, const Finding &b) {
+        return a.path != b.path ? a.path < b.path
+                                : (a.line != b.line ? a.line < b.line : a.column < b.column);
+    });
+    const bool faulty = std::any_of(m_findings.cbegin(), m_findings.cend(),
+                                    [](const Finding &f) { return f.severity == Finding::Error; });
+
+    QStringList languages;
+    for (const QString &language : m_options.languages) {
+        if (!usableKey(language) || !documentsPerLanguage.contains(language)) {
+            m_errorString = QStringLiteral("--languages: no document has the language '%1'")
+                                .arg(language);
+            return UsageError;
+        }
+        languages.append(language);
+    }
+    if (languages.isEmpty()) {
+        for (const QString &language : documentsPerLanguage.keys()) {
+            if (usableKey(language))
+                languages.append(language);
+        }
+    }
+    if (languages.isEmpty()) {
+        m_errorString = QStringLiteral("nothing to publish: no document has a language");
+        return Failed;
+    }
+    if (!m_options.fallback.isEmpty() && !documentsPerLanguage.contains(m_options.fallback)) {
+        m_errorString = QStringLiteral("--fallback: no document has the language '%1'")
+                            .arg(m_options.fallback);
+        return UsageError;
+    }
+    const QString fallback =
+        m_options.fallback.isEmpty() ? mostCommon(documentsPerLanguage) : m_options.fallback;
+
+    const bool site = m_options.format == PublishOptions::Html;
+    QTemporaryDir staging;
+    const QString root = site ? output.path() : staging.path();
+    if (!site && !staging.isValid()) {
+        m_errorString = QStringLiteral("cannot make a temporary folder: %1")
+                            .arg(staging.errorString());
+        return Failed;
+    }
+    const HtmlPageWriter writer(model, m_projectName, languages,
+                                site ? HtmlPageWriter::Site : HtmlPageWriter::QtHelp);
+    for (const QString &language : languages) {
+        for (qsizetype f = 0; f < model.folderCount(); ++f)
+            QDir(root).mkpath(language + u'/' + model.folder(int(f)).path);
+    }
+
+    // Each document is read again and all its pages written at once.
+    const QList<WrittenPages> written =
+        QtConcurrent::blockingMapped<QList<WrittenPages>>(indexes, [&](int i) {
+            WrittenPages result;
+            ParseStatus status;
+            const HelpData data = HelpParser().parse(documents.at(i).filePath, &status);
+            const QStringList has = data.languages.keys();
+            QMap<QString, QByteArray> bodies;
+            QMap<QString, QByteArray> words;
+            for (const QString &language : languages) {
+                const QString shown = shownLanguage(has, language, fallback);
+                if (!bodies.contains(shown)) {
+                    const HelpLanguage text = data.languages.value(shown);
+                    bodies.insert(shown, PageBody::html(model.title(i), text));
+                    if (site)
+                        words.insert(shown, PageBody::searchWords(model.title(i), text));
+                }
+                const QByteArray html = writer.documentPage(i, language, shown, bodies.value(shown),
+                                                            facts.at(i).links);
+                result.ok = writeFile(root + u'/' + language + u'/' + model.pagePath(i)
+                                          + QLatin1StringView(".html"),
+                                      html)
+                    && result.ok;
+                result.words.append(words.value(shown));
+            }
+            return result;
+        });
+
+    const bool pagesWritten = std::all_of(written.cbegin(), written.cend(),
+                                          [](const WrittenPages &pages) { return pages.ok; });
+    if (!pagesWritten || !writeLanguageFiles(model, writer, languages, written, root)) {
+        m_errorString = QStringLiteral("%1: cannot write the pages").arg(m_options.out);
+        return Failed;
+    }
+    if (!site && !compileQtHelp(model, languages, root, output.path()))
+        return Failed;
+    if (!output.commit()) {
+        m_errorString = output.errorString();
+        return Failed;
+    }
+    return faulty ? Failed : Published;
+}
+
+// Per language the contents page and, for the site, the search page and its
+// index; for Qt Help the style sheet. The site's shared files lie in root.
+bool Publisher::writeLanguageFiles(const SiteModel &model, const HtmlPageWriter &writer,
+                                   const QStringList &languages,
+                                   const QList<WrittenPages> &written, const QString &root) const
+{
+    const bool site = m_options.format == PublishOptions::Html;
+    bool ok = true;
+    for (qsizetype l = 0; l < languages.size(); ++l) {
+        const QString folder = root + u'/' + languages.at(l);
+        ok = ok && writeFile(folder + QLatin1StringView("/index.html"),
+                             writer.contentsPage(languages.at(l)));
+        if (site) {
+            SearchIndexWriter index;
+            for (int document : model.order())
+                index.add(model.pageUrl(document), model.title(document),
+                          written.at(document).words.at(l));
+            ok = ok && writeFile(folder + QLatin1StringView("/search.html"),
+                                 writer.searchPage(languages.at(l)))
+                && writeFile(folder + QLatin1StringView("/search-index.js"), index.script());
+        } else {
+            ok = ok && writeFile(folder + QLatin1StringView("/style.css"),
+                                 resource(QStringLiteral("help.css")));
+        }
+    }
+    if (site) {
+        ok = ok && writeFile(root + QLatin1StringView("/index.html"), writer.redirectPage())
+            && writeFile(root + QLatin1StringView("/style.css"),
+                         resource(QStringLiteral("style.css")))
+            && writeFile(root + QLatin1StringView("/search.js"),
+                         resource(QStringLiteral("search.js")));
+    }
+    return ok;
+}
+
+// Writes, checks and compiles each language's Qt Help project in root into
+// out/NAME_LANG.qch.
+bool Publisher::compileQtHelp(const SiteModel &model, const QStringList &languages,
+                              const QString &root, const QString &out)
+{
+    HelpGenerator generator(m_options.helpGenerator);
+    for (const QString &language : languages) {
+        const QString folder = root + u'/' + language;
+        const QhpWriter qhp(model, m_projectName, language);
+        const QString name = m_projectName + u'_' + language;
+        const QString qhpFile = folder + u'/' + name + QLatin1StringView(".qhp");
+        const QStringList faults = qhp.faults(folder);
+        if (!faults.isEmpty()) {
+            m_errorString =
+                QStringLiteral("%1: %2").arg(qhpFile, faults.join(QLatin1StringView("; ")));
+            return false;
+        }
+        if (!writeFile(qhpFile, qhp.project({QStringLiteral("index.html"),
+                                             QStringLiteral("style.css")}))) {
+            m_errorString = QStringLiteral("%1: cannot write the file").arg(qhpFile);
+            return false;
+        }
+        if (!generator.run(qhpFile, out + u'/' + name + QLatin1StringView(".qch"))) {
+            m_errorString = generator.errorString();
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace ZyHelp::Publish

@@ -1,0 +1,382 @@
+#include "testutil.h"
+
+#include "helpdata.h"
+#include "pagebody.h"
+#include "qhpwriter.h"
+#include "sitemodel.h"
+
+#include <QDirIterator>
+#include <QHelpEngineCore>
+#include <QHelpLink>
+#include <QProcess>
+#include <QSet>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/stat.h>
+
+// zyhelppublish as a user runs it, its output checked by the clients that read
+// it: tidy, linkchecker, a headless browser and Qt's help engine.
+class TestPublish : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void site();
+    void qtHelp();
+    void badInput_data();
+    void badInput();
+    void paragraphs_data();
+    void paragraphs();
+    void siteModel();
+    void searchWords_data();
+    void searchWords();
+    void qhpFaults();
+    void oneLanguage();
+
+private:
+    int publish(const QStringList &arguments, QByteArray *errors = nullptr);
+    static QMap<QString, QByteArray> tree(const QString &folder);
+    static QSet<QString> modes(const QString &folder);
+    static int tool(const QString &program, const QStringList &arguments,
+                    QByteArray *output = nullptr);
+
+    QTemporaryDir m_dir;
+    const QString m_data = QStringLiteral(ZY_PUBLISH_DATA);
+};
+
+void TestPublish::init()
+{
+    // linkchecker, run as root, reads as "nobody".
+    ::umask(022);
+    QVERIFY(QFile::setPermissions(m_dir.path(), QFile::Permissions(0x7755)));
+}
+
+// The modes of every folder and file below folder and of folder itself.
+QSet<QString> TestPublish::modes(const QString &folder)
+{
+    QSet<QString> found;
+    QDirIterator it(folder, QDir::AllEntries | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    for (QString path = folder; !path.isEmpty(); path = it.hasNext() ? it.next() : QString()) {
+        struct stat status;
+        if (::stat(QFile::encodeName(path).constData(), &status) == 0)
+            found.insert(QStringLiteral("%1 %2").arg(S_ISDIR(status.st_mode) ? "d" : "f")
+                             .arg(status.st_mode & 0777, 0, 8));
+    }
+    return found;
+}
+
+int TestPublish::publish(const QStringList &arguments, QByteArray *errors)
+{
+    return tool(QStringLiteral(ZY_PUBLISH_BINARY), arguments, errors);
+}
+
+int TestPublish::tool(const QString &program, const QStringList &arguments, QByteArray *output)
+{
+    QProcess process;
+    process.start(program, arguments);
+    process.waitForFinished(120000);
+    if (output)
+        *output = process.readAllStandardError() + process.readAllStandardOutput();
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+// Every file below folder, by relative path.
+QMap<QString, QByteArray> TestPublish::tree(const QString &folder)
+{
+    QMap<QString, QByteArray> files;
+    QDirIterator it(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        files.insert(QDir(folder).relativeFilePath(path), Test::readFile(path));
+    }
+    return files;
+}
+
+void TestPublish::site()
+{
+    const QString out = m_dir.filePath(QStringLiteral("site"));
+    QByteArray errors;
+    QCOMPARE(publish({QStringLiteral("-o"), out, m_data + QStringLiteral("/site")}, &errors), 0);
+    QCOMPARE(errors, QByteArray(ZY_PUBLISH_DATA "/site/start.zyhelp: warning: link 'fehlt' names "
+                                "no document of this check [dangling-link]\n"));
+
+    // The pages that show escaping, paragraphs, links, fallback and tree, byte for byte.
+    const QString expected = m_data + QStringLiteral("/expected/");
+    QCOMPARE(Test::readFile(out + QStringLiteral("/de/start.html")),
+             Test::readFile(expected + QStringLiteral("start.html")));
+    QCOMPARE(Test::readFile(out + QStringLiteral("/en/kapitel/Über Straße.html")),
+             Test::readFile(expected + QStringLiteral("fallback.html")));
+
+    const QMap<QString, QByteArray> files = tree(out);
+    QCOMPARE(files.size(), 15); // 3 in OUT; per language 4, and 2 pages in kapitel/
+    QStringList pages;
+    for (auto it = files.cbegin(); it != files.cend(); ++it) {
+        if (it.key().endsWith(u".html"))
+            pages.append(out + u'/' + it.key());
+    }
+    QCOMPARE(modes(out), QSet<QString>({QStringLiteral("d 755"), QStringLiteral("f 644")}));
+
+    // A second run gives the same bytes, with the modes of its umask.
+    ::umask(027);
+    const QString again = m_dir.filePath(QStringLiteral("again"));
+    QCOMPARE(publish({QStringLiteral("-o"), again, m_data + QStringLiteral("/site")}), 0);
+    ::umask(022);
+    QCOMPARE(tree(again), files);
+    QCOMPARE(modes(again), QSet<QString>({QStringLiteral("d 750"), QStringLiteral("f 640")}));
+
+    if (QStandardPaths::findExecutable(QStringLiteral("tidy")).isEmpty())
+        QSKIP("tidy is not installed");
+    for (const QString &page : std::as_const(pages)) {
+        QByteArray output;
+        QVERIFY2(tool(QStringLiteral("tidy"), {QStringLiteral("-e"), QStringLiteral("-q"), page},
+                      &output) < 2,
+                 qPrintable(page + u'\n' + QString::fromUtf8(output)));
+    }
+
+    // linkchecker's anchor check is a plugin, switched on in its configuration.
+    const QString config = m_dir.filePath(QStringLiteral("linkcheckerrc"));
+    Test::writeFile(config, "[AnchorCheck]\n");
+    QByteArray output;
+    QCOMPARE(tool(QStringLiteral("linkchecker"),
+                  {QStringLiteral("-f"), config, QStringLiteral("--no-status"),
+                   QUrl::fromLocalFile(out + QStringLiteral("/index.html")).toString()},
+                  &output),
+             0);
+
+    // The search from file://, after its scripts ran: one page holds the word.
+    QString chromium = QStandardPaths::findExecutable(QStringLiteral("chromium-headless-shell"));
+    if (chromium.isEmpty())
+        chromium = QStringLiteral("/usr/lib/chromium/chromium-headless-shell");
+    QUrl search = QUrl::fromLocalFile(out + QStringLiteral("/de/search.html"));
+    search.setQuery(QStringLiteral("q=ZEBRA"));
+    QVERIFY(tool(chromium,
+                 {QStringLiteral("--no-sandbox"), QStringLiteral("--disable-gpu"),
+                  QStringLiteral("--no-first-run"),
+                  QStringLiteral("--disable-background-networking"),
+                  QStringLiteral("--disable-component-update"), QStringLiteral("--disable-sync"),
+                  QStringLiteral("--disable-dev-shm-usage"),
+                  QStringLiteral("--user-data-dir=") + m_dir.filePath(QStringLiteral("chromium")),
+                  QStringLiteral("--virtual-time-budget=5000"), QStringLiteral("--dump-dom"),
+                  search.toString(QUrl::FullyEncoded)},
+                 &output)
+            == 0);
+    const QString dom = QString::fromUtf8(output);
+    QVERIFY2(dom.contains(u"<li><a href=\"start.html\">start</a></li>"), qPrintable(dom));
+    QVERIFY(dom.contains(u"Treffer: 1"));
+}
+
+void TestPublish::qtHelp()
+{
+    const QString out = m_dir.filePath(QStringLiteral("qch"));
+    const QString again = m_dir.filePath(QStringLiteral("qch2"));
+    for (const QString &folder : {out, again}) {
+        QByteArray errors;
+        QCOMPARE(publish({QStringLiteral("--format"), QStringLiteral("qthelp"),
+                          QStringLiteral("-o"), folder, m_data + QStringLiteral("/site")},
+                         &errors),
+                 0);
+    }
+    const QMap<QString, QByteArray> files = tree(out);
+    QCOMPARE(files.keys(), QStringList({QStringLiteral("site_de.qch"),
+                                        QStringLiteral("site_en.qch")}));
+    QCOMPARE(tree(again), files);
+
+    const QStringList links{QStringLiteral("start"), QStringLiteral("kapitel/Über Straße"),
+                            QStringLiteral("kapitel/𝄞 noten")};
+    for (const QString &language : {QStringLiteral("de"), QStringLiteral("en")}) {
+        QHelpEngineCore engine(m_dir.filePath(language + QStringLiteral(".qhc")));
+        engine.setReadOnly(false); // a new collection file is written
+        QVERIFY(engine.setupData());
+        QVERIFY2(engine.registerDocumentation(out + QStringLiteral("/site_") + language
+                                              + QStringLiteral(".qch")),
+                 qPrintable(engine.error()));
+        const QString ns = QStringLiteral("zyhelp.site.") + language;
+        QCOMPARE(engine.registeredDocumentations(), QStringList{ns});
+        QCOMPARE(engine.files(ns, QString(), QStringLiteral("html")).size(), links.size() + 1);
+        for (const QString &link : links) {
+            const QList<QHelpLink> found = engine.documentsForIdentifier(link);
+            QCOMPARE(found.size(), 1);
+            QCOMPARE(found.first().url.path(), QStringLiteral("/doc/%1.html").arg(link));
+            QVERIFY(engine.fileData(found.first().url).contains("<h1>"));
+        }
+    }
+}
+
+void TestPublish::badInput_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("replaced");
+
+    const QString site = QStringLiteral(ZY_PUBLISH_DATA "/site");
+    QTest::newRow("OUT is a file")
+        << QStringList{QStringLiteral("-o"), QStringLiteral("FILE"), site}
+        << 1 << "exists and is no folder" << false;
+    QTest::newRow("OUT cannot be written")
+        << QStringList{QStringLiteral("-o"), QStringLiteral("/proc/zyhelp"), site} << 1
+        << "cannot write beside it" << false;
+    QTest::newRow("language nobody has")
+        << QStringList{QStringLiteral("--languages"), QStringLiteral("de,fr"), site} << 2
+        << "--languages: no document has the language 'fr'" << false;
+    QTest::newRow("fallback nobody has")
+        << QStringList{QStringLiteral("--fallback"), QStringLiteral("fr"), site} << 2
+        << "--fallback: no document has the language 'fr'" << false;
+    QTest::newRow("bad format")
+        << QStringList{QStringLiteral("--format"), QStringLiteral("pdf"), site}
+        << 2 << "--format must be html or qthelp" << false;
+    QTest::newRow("page names collide")
+        << QStringList{QStringLiteral("CASES")} << 1
+        << "its page 'b.html' collides with that of" << false;
+    QTest::newRow("OUT's folder missing")
+        << QStringList{QStringLiteral("-o"), QStringLiteral("FILE/none/out"), site} << 1
+        << "no such folder" << false;
+    QTest::newRow("qhelpgenerator only warns")
+        << QStringList{QStringLiteral("--format"), QStringLiteral("qthelp"),
+                       QStringLiteral("--qhelpgenerator"),
+                       QStringLiteral(ZY_PUBLISH_DATA "/warning-qhelpgenerator.sh"), site}
+        << 1 << "Warning: file index.html not found" << false;
+    QTest::newRow("no qhelpgenerator")
+        << QStringList{QStringLiteral("--format"), QStringLiteral("qthelp"),
+                       QStringLiteral("--qhelpgenerator"), QStringLiteral("/nonexistent"), site}
+        << 1 << "/nonexistent: not an executable program" << false;
+    QTest::newRow("faulty document")
+        << QStringList{QStringLiteral(ZY_PUBLISH_DATA "/faulty.zyhelp")}
+        << 1 << "faulty.zyhelp:8:48: error: faulty XML" << true;
+}
+
+void TestPublish::badInput()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, status);
+    QFETCH(QString, message);
+    QFETCH(bool, replaced);
+
+    const QDir base(m_dir.filePath(QString::fromLatin1(QTest::currentDataTag())));
+    const QString out = base.filePath(QStringLiteral("old"));
+    Test::writeFile(out + QStringLiteral("/de/index.html"), "previous site");
+    Test::writeFile(base.filePath(QStringLiteral("FILE")), "a file");
+    Test::writeFile(base.filePath(QStringLiteral("cases/b.zyhelp")), "<zyhelp/>");
+    Test::writeFile(base.filePath(QStringLiteral("cases/B.zyhelp")), "<zyhelp/>");
+    arguments.replaceInStrings(QStringLiteral("FILE"), base.filePath(QStringLiteral("FILE")));
+    arguments.replaceInStrings(QStringLiteral("CASES"), base.filePath(QStringLiteral("cases")));
+    if (!arguments.contains(QStringLiteral("-o")))
+        arguments << QStringLiteral("-o") << out;
+
+    QByteArray errors;
+    QCOMPARE(publish(arguments, &errors), status);
+    QVERIFY2(errors.contains(message.toUtf8()), errors.constData());
+    QCOMPARE(Test::readFile(out + QStringLiteral("/de/index.html")) == "previous site", !replaced);
+    if (replaced) // published up to the fault
+        QVERIFY(Test::readFile(out + QStringLiteral("/de/faulty.html")).contains("Vor dem Fehler"));
+    // Nothing is left beside OUT.
+    QCOMPARE(base.entryList(QDir::Hidden | QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList({QStringLiteral("cases"), QStringLiteral("FILE"), QStringLiteral("old")}));
+}
+
+void TestPublish::paragraphs_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("html");
+
+    QTest::newRow("one line") << "a" << "<p>a</p>\n";
+    QTest::newRow("line break") << "a\nb" << "<p>a<br>\nb</p>\n";
+    QTest::newRow("blank line") << "a\n\nb" << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("blank line of spaces, CR LF")
+        << "a\r\n  \t\r\nb\r\n" << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("several blank lines") << "\n\na\n\n\n\nb\n\n" << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("empty") << "" << "";
+    QTest::newRow("markup") << "<a href='x'>&amp;</a>"
+                            << "<p>&lt;a href=&#39;x&#39;&gt;&amp;amp;&lt;/a&gt;</p>\n";
+    QTest::newRow("control character") << "a\x01" "b" << "<p>a\uFFFDb</p>\n";
+}
+
+void TestPublish::paragraphs()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, html);
+    QCOMPARE(ZyHelp::Publish::PageBody::paragraphs(text), html);
+}
+
+void TestPublish::siteModel()
+{
+    using ZyHelp::DocumentEntry;
+    const auto entry = [](const QString &relative) {
+        return DocumentEntry{relative, relative, relative};
+    };
+    const ZyHelp::Publish::SiteModel model({entry(QStringLiteral("z.zyhelp")),
+                                            entry(QStringLiteral("b/b/x.zyhelp")),
+                                            entry(QStringLiteral("a/Ä 100%#?.zyhelp")),
+                                            entry(QStringLiteral("a/ä 100%#?.ZYHELP")),
+                                            entry(QStringLiteral("b/a.zyhelp"))});
+    // Contents order: a folder's subfolders, then its pages; by name.
+    QCOMPARE(model.order(), QList<int>({2, 3, 1, 4, 0}));
+    QCOMPARE(model.position(4), 3);
+    QCOMPARE(model.pageUrl(2), QStringLiteral("a/%C3%84%20100%25%23%3F.html"));
+    QCOMPARE(model.folder(model.folderOf(1)).path, QStringLiteral("b/b"));
+    QCOMPARE(model.folder(model.folderOf(1)).depth, 2);
+    QCOMPARE(model.collisions().size(), 1);
+    QCOMPARE(model.collisions().first().path, QStringLiteral("a/ä 100%#?.ZYHELP"));
+}
+
+void TestPublish::searchWords_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("words");
+
+    QTest::newRow("sorted, once, lower case") << "Beta alpha BETA" << QByteArray("alpha beta t");
+    QTest::newRow("umlauts and digits") << "Größe 100%" << QByteArray("100 größe t");
+    QTest::newRow("beyond the BMP")
+        << "\U0001D400b \U0001F600" << QStringLiteral("t \U0001D400b").toUtf8();
+    QTest::newRow("markup is text") << "<b>fett</b>" << QByteArray("b fett t");
+}
+
+// The search page splits a query as the index splits the text.
+void TestPublish::searchWords()
+{
+    QFETCH(QString, text);
+    QFETCH(QByteArray, words);
+    ZyHelp::HelpLanguage language;
+    language.sections.append(ZyHelp::HelpSection{QString(), text});
+    QCOMPARE(ZyHelp::Publish::PageBody::searchWords(QStringLiteral("T"), language), words);
+}
+
+// What qhelpgenerator would only warn about is found before it runs.
+void TestPublish::qhpFaults()
+{
+    const ZyHelp::Publish::SiteModel model(
+        {ZyHelp::DocumentEntry{QString(), QString(), QStringLiteral("a/b.zyhelp")}});
+    const QString folder = m_dir.filePath(QStringLiteral("qhp"));
+    const ZyHelp::Publish::QhpWriter writer(model, QStringLiteral("Mein Projekt!"),
+                                            QStringLiteral("de"));
+    QCOMPARE(writer.helpNamespace(), QStringLiteral("zyhelp.mein-projekt-.de"));
+    QCOMPARE(writer.faults(folder),
+             QStringList({QStringLiteral("the page 'a/b.html' is missing"),
+                          QStringLiteral("the contents page 'index.html' is missing")}));
+    Test::writeFile(folder + QStringLiteral("/a/b.html"), "<p>b</p>");
+    Test::writeFile(folder + QStringLiteral("/index.html"), "<p>index</p>");
+    QCOMPARE(writer.faults(folder), QStringList());
+}
+
+// One language: no switch, the entry leads to it, and a stale file of the
+// old output is gone.
+void TestPublish::oneLanguage()
+{
+    const QString out = m_dir.filePath(QStringLiteral("english"));
+    Test::writeFile(out + QStringLiteral("/de/stale.html"), "old");
+    QCOMPARE(publish({QStringLiteral("--languages"), QStringLiteral("en"), QStringLiteral("-o"),
+                      out, m_data + QStringLiteral("/site")}),
+             0);
+    QCOMPARE(QDir(out).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList{"en"});
+    QVERIFY(Test::readFile(out + QStringLiteral("/index.html")).contains("url=en/index.html"));
+    const QByteArray page = Test::readFile(out + QStringLiteral("/en/start.html"));
+    QVERIFY(page.startsWith("<!DOCTYPE html>\n<html lang=\"en\">"));
+    QVERIFY(!page.contains("hreflang"));
+    QVERIFY(page.contains("<h2 id=\"see-also\">See also</h2>"));
+}
+
+QTEST_GUILESS_MAIN(TestPublish)
+#include "tst_publish.moc"

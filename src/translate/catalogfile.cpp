@@ -1,0 +1,60 @@
+#include "catalogfile.h"
+
+#include "poreader.h"
+#include "powriter.h"
+#include "xliffreader.h"
+#include "xliffwriter.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+namespace ZyHelp::Translate {
+
+CatalogFile::Format CatalogFile::formatOf(const QString &path)
+{
+    const QString suffix = path.section(u'.', -1).toLower();
+    if (suffix == u"po" || suffix == u"pot")
+        return Po;
+    if (suffix == u"xlf" || suffix == u"xliff")
+        return Xliff;
+    return Unknown;
+}
+
+bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *errorString = QStringLiteral("%1: error: cannot open: %2").arg(path, file.errorString());
+        return false;
+    }
+    ReadError error;
+    const bool read = formatOf(path) == Xliff ? XliffReader().read(&file, catalog, &error)
+                                              : PoReader().read(&file, catalog, &error);
+    if (!read)
+        *errorString = QStringLiteral("%1:%2:%3: error: %4")
+                           .arg(path)
+                           .arg(error.line)
+                           .arg(error.column)
+                           .arg(error.message);
+    return read;
+}
+
+bool CatalogFile::write(const QString &path, const Catalog &catalog, QString *errorString)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        *errorString = QStringLiteral("%1: error: cannot write: %2").arg(path, file.errorString());
+        return false;
+    }
+    if (formatOf(path) == Xliff)
+        XliffWriter(&file).write(catalog);
+    else
+        PoWriter(&file).write(catalog);
+    if (!file.commit()) {
+        *errorString = QStringLiteral("%1: error: cannot write: %2").arg(path, file.errorString());
+        return false;
+    }
+    return true;
+}
+
+} // namespace ZyHelp::Translate

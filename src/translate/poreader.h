@@ -1,0 +1,21 @@
+#pragma once
+
+#include "catalog.h"
+
+class QIODevice;
+
+namespace ZyHelp::Translate {
+
+// Reads a gettext PO file as gettext and translate-toolkit write it: strings
+// over several lines however wrapped, C escapes, flags, previous ("#|") and
+// obsolete ("#~") entries. Obsolete entries and the header are not units; the
+// header gives the languages (Language, X-Source-Language).
+class PoReader
+{
+public:
+    // False, with error, for a file that is not valid UTF-8 PO: a byte-order
+    // mark, a syntax error, a string cut short, an id given twice.
+    bool read(QIODevice *device, Catalog *catalog, ReadError *error);
+};
+
+} // namespace ZyHelp::Translate

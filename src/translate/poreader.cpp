@@ -202,8 +202,15 @@ bool Parser::line(QByteArray text, qint64 number)
         const char kind = i + 1 < text.size() ? text.at(i + 1) : ' ';
         if (m_entry.hasTranslation && (!obsolete || m_entry.obsolete) && !endEntry())
             return false;
-        if (kind == '|')
-            return keyword(text, i + 2 + (i + 2 < text.size() && text.at(i + 2) == ' '), true);
+        if (kind == '|') {
+            qsizetype from = i + 2;
+            while (from < text.size() && text.at(from) == ' ')
+                ++from;
+            if (from < text.size() && text.at(from) == '"') // a previous string goes on
+                return m_current ? string(text, from, m_current)
+                                 : fail(from + 1, QStringLiteral("a string that continues nothing"));
+            return keyword(text, from, true);
+        }
         if (kind == ',' && !obsolete) {
             const QList<QByteArray> flags = text.mid(i + 2).split(',');
             for (const QByteArray &flag : flags)

@@ -1,0 +1,346 @@
+#include "testutil.h"
+
+#include "catalogfile.h"
+#include "poreader.h"
+#include "xliffreader.h"
+
+#include <QtTest>
+
+using namespace ZyHelp;
+using namespace ZyHelp::Translate;
+
+namespace {
+
+// Every rule of escaping at once: quotes, backslashes, tabs, several lines, umlauts, <&>, non-BMP.
+const QString hard = QStringLiteral("Er sagte \"Hallo\" \\ und\tging.\nZweite Zeile\n\n"
+                                    "Dritte: <&> Größe \U0001F600 \\n ist kein Umbruch");
+
+struct Run
+{
+    int code = -1;
+    QString out;
+    QString err;
+};
+
+class tst_Translate : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    QString path(const QString &name) const { return m_dir.filePath(name); }
+
+    Run run(const QString &program, const QStringList &arguments) const
+    {
+        QProcess process;
+        process.setWorkingDirectory(m_dir.path());
+        process.start(program, arguments);
+        Run result;
+        if (process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit)
+            result.code = process.exitCode();
+        result.out = QString::fromUtf8(process.readAllStandardOutput());
+        result.err = QString::fromUtf8(process.readAllStandardError());
+        return result;
+    }
+    Run translate(const QString &arguments) const
+    {
+        return run(ZY_TRANSLATE_BINARY, arguments.split(u' '));
+    }
+
+    // The sample project: a.zyhelp in German only, with a placeholder section that is
+    // nothing to translate; kapitel/b.zyhelp half translated into English.
+    void makeProject() const
+    {
+        QDir(path("proj")).removeRecursively();
+        HelpData a;
+        a.languages["de"] = HelpLanguage{"Harte Texte", {{"Zitat", hard}, {"Leer", "..."},
+                                                         {"Drei", "Text drei"}}};
+        HelpData b;
+        b.languages["de"] = HelpLanguage{"Kapitel", {{"Eins", "Erster Text"}, {"Zwei", "Zweiter"}}};
+        b.languages["en"] = HelpLanguage{"Chapter", {{"One", "First text"}}};
+        QVERIFY(QDir().mkpath(path("proj/kapitel")));
+        QVERIFY(HelpWriter().writeXml(a, path("proj/a.zyhelp")));
+        QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
+        Test::writeFile(path("proj/p.zyproject"), "<zyproject name=\"p\"><file>a.zyhelp</file>"
+                                                  "<file>kapitel/b.zyhelp</file></zyproject>\n");
+    }
+
+    QMap<QString, QByteArray> documents() const
+    {
+        QMap<QString, QByteArray> bytes;
+        for (const char *name : {"proj/a.zyhelp", "proj/kapitel/b.zyhelp"})
+            bytes.insert(name, Test::readFile(path(name)));
+        return bytes;
+    }
+
+    HelpData read(const QString &name) const { return HelpParser().parse(path(name)); }
+
+    // Translations by a translator's tool: msgen copies each source into its empty
+    // translation; an XLIFF file gets them through our reader and writer.
+    void fill(const QString &file) const
+    {
+        if (CatalogFile::formatOf(file) == CatalogFile::Po) {
+            QCOMPARE(run("msgen", {file, "-o", file}).code, 0);
+            return;
+        }
+        Catalog catalog;
+        QString error;
+        QVERIFY2(CatalogFile::read(path(file), &catalog, &error), qPrintable(error));
+        for (TranslationUnit &unit : catalog.units) {
+            if (unit.target.isEmpty())
+                unit.target = unit.source;
+        }
+        QVERIFY(CatalogFile::write(path(file), catalog, &error));
+    }
+
+    // The check of the translators' tools: msgfmt -c for PO, the strict schema for XLIFF.
+    void validate(const QString &file) const
+    {
+        const Run check = CatalogFile::formatOf(file) == CatalogFile::Po
+            ? run("msgfmt", {"-c", "-o", "/dev/null", file})
+            : run("xmllint", {"--noout", "--schema", ZY_XLIFF_SCHEMA, file});
+        QVERIFY2(check.code == 0, qPrintable(check.err));
+    }
+
+    // Every translated text in English stands where its German source stands.
+    void verifyInPlace(const QString &name, const std::function<QString(QString)> &expected)
+    {
+        const HelpData data = read(name);
+        const HelpLanguage de = data.languages.value("de");
+        const HelpLanguage en = data.languages.value("en");
+        for (qsizetype i = 0; i < en.sections.size(); ++i) {
+            const HelpSection &s = en.sections.at(i);
+            if (s.content != "..." && !s.content.contains("First text"))
+                QCOMPARE(s.content, expected(de.sections.value(i).content));
+            if (!s.name.isEmpty() && !s.name.contains("One"))
+                QCOMPARE(s.name, expected(de.sections.value(i).name));
+        }
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(QFile::exists(ZY_XLIFF_SCHEMA),
+                 "no XLIFF schema: run scripts/fetch-xliff-schema.sh or set ZY_XLIFF_SCHEMA");
+    }
+    void init()
+    {
+        makeProject();
+        for (const char *file : {"x.po", "y.po", "x.pot", "x.xlf", "x.xliff"})
+            QFile::remove(path(file));
+    }
+
+    void exportsPassTheirTools_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("changed"); // what a merged export must hold
+        QTest::newRow("po") << "x.po" << "en" << "";
+        QTest::newRow("pot") << "x.pot" << "" << "";
+        QTest::newRow("xliff") << "x.xlf" << "en" << "";
+        QTest::newRow("xliff template") << "x.xliff" << "" << "";
+        QTest::newRow("po merged") << "x.po" << "en" << "#| msgid \"Erster Text\"";
+        QTest::newRow("xliff merged") << "x.xlf" << "en" << "state=\"needs-adaptation\"";
+    }
+    void exportsPassTheirTools()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, target);
+        QFETCH(QString, changed);
+        const QString arguments = QStringLiteral("export --source de%1 -o %2 proj")
+                                      .arg(target.isEmpty() ? "" : " --target " + target, file);
+        QCOMPARE(translate(arguments).code, 0);
+        if (!changed.isEmpty()) {
+            HelpData b = read("proj/kapitel/b.zyhelp");
+            b.languages["de"].sections[0].content = "Erster Text, neu";
+            QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
+            QCOMPARE(translate(arguments).code, 0);
+        }
+        validate(file);
+        const QString text = QString::fromUtf8(Test::readFile(path(file)));
+        QVERIFY(text.contains(changed));
+        QVERIFY(!text.contains("a.zyhelp#2/content")); // a placeholder is not exported
+    }
+
+    void roundTrip_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QStringList>("rewrite"); // a tool that rewrites the filled file
+        QTest::addColumn<QString>("decoration"); // what it puts around each translation
+        QTest::newRow("po") << "x.po" << QStringList() << "%1";
+        QTest::newRow("po rewrapped by msgcat")
+            << "x.po" << QStringList{"msgcat", "--width=20", "x.po", "-o", "x.po"} << "%1";
+        QTest::newRow("po without wrapping, msgcat")
+            << "x.po" << QStringList{"msgcat", "--no-wrap", "x.po", "-o", "x.po"} << "%1";
+        QTest::newRow("po rewritten by translate-toolkit")
+            << "x.po" << QStringList{"podebug", "--rewrite=xxx", "-i", "x.po", "-o", "y.po"}
+            << "xxx%1xxx";
+        QTest::newRow("xliff") << "x.xlf" << QStringList() << "%1";
+    }
+    void roundTrip()
+    {
+        QFETCH(QString, file);
+        QFETCH(QStringList, rewrite);
+        QFETCH(QString, decoration);
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        fill(file);
+        if (!rewrite.isEmpty()) {
+            QCOMPARE(run(rewrite.takeFirst(), rewrite).code, 0);
+            file = rewrite.last();
+        }
+        validate(file);
+        const Run import = translate("import " + file + " proj/p.zyproject");
+        QVERIFY2(import.code == 0, qPrintable(import.err));
+        QVERIFY(import.out.contains("wrote proj/a.zyhelp\nwrote proj/kapitel/b.zyhelp\n"));
+        const auto expected = [&](const QString &source) { return decoration.arg(source); };
+        QCOMPARE(read("proj/a.zyhelp").languages.value("en").sections.value(0).content,
+                 expected(hard));
+        QCOMPARE(read("proj/a.zyhelp").languages.value("en").description, expected("Harte Texte"));
+        verifyInPlace("proj/a.zyhelp", expected);
+        verifyInPlace("proj/kapitel/b.zyhelp", expected);
+        QCOMPARE(read("proj/kapitel/b.zyhelp").languages.value("en").sections.size(), 2);
+    }
+
+    void unchangedFileChangesNoByte_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::newRow("po") << "x.po";
+        QTest::newRow("xliff") << "x.xlf";
+    }
+    void unchangedFileChangesNoByte()
+    {
+        QFETCH(QString, file);
+        QCOMPARE(run("cp", {"-R", ZY_TRANSLATE_DATA "/../../examples/handbuch/.", "proj"}).code, 0);
+        const QMap<QString, QByteArray> before = documents();
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        const Run import = translate("import " + file + " proj");
+        QCOMPARE(import.code, 0);
+        QVERIFY2(import.out.endsWith(" 0 documents written\n"), qPrintable(import.out));
+        QCOMPARE(documents(), before);
+    }
+
+    void mergeKeepsTranslations_data() { unchangedFileChangesNoByte_data(); }
+    void mergeKeepsTranslations()
+    {
+        QFETCH(QString, file);
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        fill(file);
+        HelpData a = read("proj/a.zyhelp");
+        a.languages["de"].sections[0].content = "Neu";
+        a.languages["de"].sections.append(HelpSection{"Vier", "Text vier"});
+        QVERIFY(HelpWriter().writeXml(a, path("proj/a.zyhelp")));
+        HelpData b = read("proj/kapitel/b.zyhelp");
+        b.languages["de"].sections.removeLast();
+        QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        validate(file);
+
+        Catalog merged;
+        QString error;
+        QVERIFY2(CatalogFile::read(path(file), &merged, &error), qPrintable(error));
+        QHash<QString, TranslationUnit> units;
+        for (const TranslationUnit &unit : std::as_const(merged.units))
+            units.insert(unit.id, unit);
+        const TranslationUnit edited = units.value("a.zyhelp#1/content");
+        QVERIFY(edited.fuzzy);
+        QCOMPARE(edited.previousSource, hard);
+        QCOMPARE(edited.target, hard); // the earlier translation, kept
+        QVERIFY(!units.value("a.zyhelp#1/name").fuzzy);
+        QCOMPARE(units.value("a.zyhelp#1/name").target, "Zitat");
+        QVERIFY(units.value("a.zyhelp#4/content").target.isEmpty()); // new
+        QVERIFY(!units.value("a.zyhelp#4/content").fuzzy);
+        QVERIFY(!units.contains("a.zyhelp#2/content")); // a placeholder
+        QVERIFY(!units.contains("kapitel/b.zyhelp#2/content")); // gone
+        QCOMPARE(units.value("kapitel/b.zyhelp#1/content").target, "First text");
+        QCOMPARE(merged.units.size(), 8 + 3);
+    }
+
+    void staleUnitsLandNowhere_data() { unchangedFileChangesNoByte_data(); }
+    void staleUnitsLandNowhere()
+    {
+        QFETCH(QString, file);
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        fill(file);
+        HelpData a = read("proj/a.zyhelp");
+        a.languages["de"].sections.insert(0, {"Davor", "Eingefügt"}); // every section moves on
+        QVERIFY(HelpWriter().writeXml(a, path("proj/a.zyhelp")));
+        HelpData b = read("proj/kapitel/b.zyhelp");
+        b.languages["de"].sections.swapItemsAt(0, 1);
+        b.languages["de"].description = "Kapitel, neu";
+        QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
+
+        const QMap<QString, QByteArray> before = documents();
+        const Run dry = translate("import --dry-run " + file + " proj");
+        QCOMPARE(dry.code, 1);
+        QCOMPARE(documents(), before);
+        const Run import = translate("import " + file + " proj");
+        QCOMPARE(import.code, 1);
+        QCOMPARE(import.err, dry.err);
+        QCOMPARE(import.out, QString(dry.out).replace("would write", "wrote").replace("to write", "written"));
+        QVERIFY(import.err.contains(QRegularExpression("^" + file + ":\\d+: warning: "
+                                                       "kapitel/b.zyhelp#description: stale",
+                                                       QRegularExpression::MultilineOption)));
+        verifyInPlace("proj/a.zyhelp", [](const QString &source) { return source; });
+        verifyInPlace("proj/kapitel/b.zyhelp", [](const QString &source) { return source; });
+    }
+
+    void badInput_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("from");
+        QTest::addColumn<QByteArray>("to");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("message");
+        const auto row = [](const char *name, const char *file, const QByteArray &from,
+                            const QByteArray &to, int code, const char *message) {
+            QTest::newRow(name) << file << from << to << code << message;
+        };
+        row("po truncated", "x.po", "ging.", "", 2, ":\\d+:\\d+: error: the string is not closed");
+        row("xliff truncated", "x.xlf", "ging.", "", 2, ":\\d+:\\d+: error: Premature end");
+        row("po not UTF-8", "x.po", "Text drei\"\n", "Text dr\xe4i\"\n", 2, ": error: not UTF-8");
+        row("xliff not UTF-8", "x.xlf", "Text drei<", "Text dr\xe4i<", 2, "incorrectly encoded");
+        row("xliff Latin-1", "x.xlf", "UTF-8", "ISO-8859-1", 2, "ISO-8859-1; translations are");
+        row("po BOM", "x.po", "#", "\xef\xbb\xbf#", 2, ":1:1: error: the file starts with a "
+                                                      "byte-order mark");
+        row("xliff BOM", "x.xlf", "<?xml", "\xef\xbb\xbf<?xml", 2, "byte-order mark");
+        row("po duplicate id", "x.po", "\n#. name of section 3", "\n#. name of section 3 of 3\n"
+            "msgctxt \"a.zyhelp#description\"\nmsgid \"x\"\nmsgstr \"\"\n\n#. name of section 3",
+            2, "the id 'a.zyhelp#description' was given before, on line");
+        row("xliff duplicate id", "x.xlf", "#3/name", "#description", 2, "was given before");
+        row("another project's ids", "x.po", "a.zyhelp#", "z.zyhelp#", 1,
+            "z.zyhelp#description: no document of this run has this path");
+        row("no Language header", "x.po", "\"Language: en\\n\"\n", "", 2, "names no target");
+        row("source as target", "x.po", "Language: en", "Language: de", 2, "into itself");
+        row("xliff source as target", "x.xlf", "target-language=\"en\"", "target-language=\"de\"",
+            2, "into itself");
+        row("trailing line break", "x.po", "msgstr \"Text drei\"", "msgstr \"Text drei\\n\"", 1,
+            "#3/content: the translation and its source differ in a leading or trailing line");
+    }
+    void badInput()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, from);
+        QFETCH(QByteArray, to);
+        QFETCH(QString, message);
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        fill(file);
+        QByteArray bytes = Test::readFile(path(file));
+        const qsizetype at = bytes.indexOf(from);
+        QVERIFY(at >= 0);
+        bytes = to.isEmpty() ? bytes.left(at) : bytes.replace(from, to);
+        Test::writeFile(path(file), bytes);
+        const QMap<QString, QByteArray> before = documents();
+        const Run import = translate("import " + file + " proj");
+        QTEST(import.code, "code");
+        QVERIFY2(import.err.contains(QRegularExpression(message)), qPrintable(import.err));
+        if (import.code == 2)
+            QCOMPARE(documents(), before);
+        else // the other units go in, the faulty one does not
+            QVERIFY(read("proj/a.zyhelp").languages.value("en").sections.value(2).content != "Text drei\n");
+    }
+};
+
+} // namespace
+
+QTEST_GUILESS_MAIN(tst_Translate)
+#include "tst_translate.moc"

@@ -52,6 +52,7 @@ void benchDocuments();
 void benchProject();
 void benchEditor();
 void benchCheck();
+void benchTranslate();
 // The child process of the editor part: opens the project file and prints the
 // time and the peak memory. Returns the exit code.
 int benchColdOpen(const QString &projectFile);

@@ -20,7 +20,8 @@ int main(int argc, char **argv)
         const char *title;
         void (*run)();
     } parts[] = {{"documents", "Help documents", benchDocuments}, {"project", "Projects", benchProject},
-                 {"editor", "Editor", benchEditor}, {"check", "Checker", benchCheck}};
+                 {"editor", "Editor", benchEditor}, {"check", "Checker", benchCheck},
+                 {"translate", "Translation files", benchTranslate}};
     for (const auto &part : parts) {
         if (argc < 2 || std::strcmp(argv[1], part.name) == 0) {
             std::printf("%s\n", part.title);

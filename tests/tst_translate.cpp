@@ -284,6 +284,55 @@ private slots:
         verifyInPlace("proj/kapitel/b.zyhelp", [](const QString &source) { return source; });
     }
 
+    void gettextFeatures() // only plain, current entries change a document
+    {
+        const QByteArray b = Test::readFile(path("proj/kapitel/b.zyhelp"));
+        const Run import = translate("import " ZY_TRANSLATE_DATA "/gettext-features.po proj");
+        QVERIFY2(import.code == 0, qPrintable(import.err));
+        QCOMPARE(import.out, "wrote proj/a.zyhelp\n2 units applied, 0 not applied, "
+                             "1 documents written\n");
+        QCOMPARE(Test::dump(read("proj/a.zyhelp")).section(" [en:", 1),
+                 "Hard \"texts\"\" (:...) (:...) (:Text three)] links:");
+        QCOMPARE(Test::readFile(path("proj/kapitel/b.zyhelp")), b);
+    }
+
+    void status()
+    {
+        HelpData c;
+        c.languages["de"] = HelpLanguage{"Neue Beschreibung", {{"Eins", "Ein Wort"}}};
+        c.languages["fr"] = HelpLanguage{"...", {{"Un", "Un mot"}}};
+        QVERIFY(HelpWriter().writeXml(c, path("proj/c.zyhelp")));
+        const Run json = translate("status --source de --format json proj");
+        QCOMPARE(json.code, 0);
+        QCOMPARE(json.out.toUtf8(), Test::readFile(ZY_TRANSLATE_DATA "/status.json"));
+        const Run text = translate("status --source de proj/p.zyproject");
+        QVERIFY(text.out.contains("\nen from de, 3 documents: 3 translated (4 words), "
+                                  "10 untranslated (28 words), 2 not ready (3 words)\n"));
+    }
+
+    void usageErrors_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no command") << "" << "no command given";
+        QTest::newRow("no source") << "export --target en proj" << "export needs --source";
+        QTest::newRow("target is source") << "export --source de --target de proj" << "is the source";
+        QTest::newRow("unknown format") << "export --source de -o x.txt proj" << "must end in";
+        QTest::newRow("no such path") << "status --source de fehlt" << "fehlt: no such file";
+        QTest::newRow("template") << "import x.pot proj" << "x.pot names no target language";
+        QTest::newRow("earlier file of other languages")
+            << "export --source de --target fr -o x.pot proj" << "not 'de' to 'fr'";
+    }
+    void usageErrors()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QString, message);
+        QCOMPARE(translate("export --source de -o x.pot proj").code, 0);
+        const Run result = translate(arguments);
+        QCOMPARE(result.code, 2);
+        QVERIFY2(result.err.contains(message), qPrintable(result.err));
+    }
+
     void badInput_data()
     {
         QTest::addColumn<QString>("file");

@@ -1,0 +1,125 @@
+#include "benchutil.h"
+
+#include "catalogfile.h"
+#include "documentcollector.h"
+#include "exporter.h"
+#include "helpdata.h"
+#include "importer.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QThreadPool>
+
+#include <cstdio>
+
+using namespace ZyHelp;
+using namespace ZyHelp::Translate;
+
+namespace {
+
+const int documentsPerFolder = 100;
+
+// A project of count generated documents in folders of 100; returns the
+// documents' paths and, in bytes, the size of its files.
+QStringList makeProject(const QString &root, int count, qint64 *bytes)
+{
+    QStringList paths;
+    HelpWriter writer;
+    *bytes = 0;
+    for (int index = 0; index < count; ++index) {
+        const QString folder = QStringLiteral("%1/kapitel%2").arg(root).arg(index / documentsPerFolder);
+        if (index % documentsPerFolder == 0)
+            QDir().mkpath(folder);
+        paths.append(QStringLiteral("%1/seite%2.zyhelp").arg(folder).arg(index));
+        if (!writer.writeXml(Bench::sampleDocument(index, count), paths.last()))
+            return {};
+        *bytes += QFileInfo(paths.last()).size();
+    }
+    return paths;
+}
+
+bool exportProject(const QString &root, const QString &file)
+{
+    DocumentCollector collector;
+    collector.addPath(root);
+    ExportResult result = exportUnits(collector.documents(), QStringLiteral("de"),
+                                      QStringLiteral("en"));
+    QString error;
+    return result.errors.isEmpty() && CatalogFile::write(file, result.catalog, &error);
+}
+
+qsizetype importFile(const QString &root, const QString &file, qsizetype *written)
+{
+    DocumentCollector collector;
+    collector.addPath(root);
+    Catalog catalog;
+    QString error;
+    if (!CatalogFile::read(file, &catalog, &error))
+        return -1;
+    const ImportResult result = importCatalog(catalog, file, collector.documents(), false);
+    *written = result.changes.size();
+    return result.lost > 0 ? -1 : result.applied;
+}
+
+void benchProjectOf(int count, int runs)
+{
+    QTemporaryDir dir;
+    qint64 projectBytes = 0;
+    const QString root = dir.filePath(QStringLiteral("projekt"));
+    const QStringList paths = makeProject(root, count, &projectBytes);
+    if (paths.isEmpty()) {
+        std::printf("  could not write the project\n");
+        return;
+    }
+    const QString po = dir.filePath(QStringLiteral("en.po"));
+    const QString xliff = dir.filePath(QStringLiteral("en.xlf"));
+
+    // The floor and the work take turns, so a busy spell weighs on both alike.
+    double parseMs = 1e300, exportMs = 1e300, exportXliffMs = 1e300, importMs = 1e300;
+    bool ok = true;
+    qsizetype applied = 0, written = 0;
+    for (int round = 0; round < runs; ++round) {
+        parseMs = std::min(parseMs, Bench::bestOfMs(1, [&] {
+            HelpParser parser;
+            for (const QString &path : paths) {
+                ParseStatus status;
+                ok = !parser.parse(path, &status).languages.isEmpty() && ok;
+            }
+        }));
+        QFile::remove(po);
+        QFile::remove(xliff);
+        exportMs = std::min(exportMs, Bench::bestOfMs(1, [&] { ok = exportProject(root, po) && ok; }));
+        exportXliffMs = std::min(exportXliffMs,
+                                 Bench::bestOfMs(1, [&] { ok = exportProject(root, xliff) && ok; }));
+        importMs = std::min(importMs,
+                            Bench::bestOfMs(1, [&] { applied = importFile(root, po, &written); }));
+    }
+    // Every unit of the export matches its document: nothing is written.
+    if (!ok || applied != qsizetype(count) * (1 + 2 * Bench::sectionCount) || written != 0)
+        std::printf("  the work was not done: %lld units applied, %lld documents written\n",
+                    qlonglong(applied), qlonglong(written));
+
+    std::printf("  %d documents (%.1f MiB), %d threads, best of %d\n", count,
+                projectBytes / 1048576.0, QThreadPool::globalInstance()->maxThreadCount(), runs);
+    Bench::printFigure(QStringLiteral("HelpParser::parse, all documents, one thread"), parseMs,
+                       QStringLiteral("ms"));
+    Bench::printFigure(QStringLiteral("export de -> en, PO"), exportMs, QStringLiteral("ms"));
+    Bench::printRatio(QStringLiteral("export PO / one-thread parse"), exportMs / parseMs, 1.0);
+    Bench::printRatio(QStringLiteral("export XLIFF / one-thread parse"), exportXliffMs / parseMs,
+                      1.0);
+    Bench::printFigure(QStringLiteral("import of the unchanged PO"), importMs, QStringLiteral("ms"));
+    Bench::printRatio(QStringLiteral("import / one-thread parse"), importMs / parseMs, 1.0);
+    Bench::printRatio(QStringLiteral("peak memory so far / project size"),
+                      Bench::peakMemoryMiB() / (projectBytes / 1048576.0), 1.5);
+}
+
+} // namespace
+
+void benchTranslate()
+{
+    // The smaller project first: the peak memory of the process so far is then its own.
+    benchProjectOf(2000, 5);
+    benchProjectOf(10000, 2);
+}

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QTemporaryDir>
 #include <QThreadPool>
 
@@ -44,10 +45,14 @@ bool exportProject(const QString &root, const QString &file)
 {
     DocumentCollector collector;
     collector.addPath(root);
-    ExportResult result = exportUnits(collector.documents(), QStringLiteral("de"),
-                                      QStringLiteral("en"));
-    QString error;
-    return result.errors.isEmpty() && CatalogFile::write(file, result.catalog, &error);
+    Catalog header;
+    header.sourceLanguage = QStringLiteral("de");
+    header.targetLanguage = QStringLiteral("en");
+    QSaveFile out(file);
+    return out.open(QIODevice::WriteOnly)
+        && exportCatalog(collector.documents(), header, nullptr, CatalogFile::formatOf(file), &out)
+               .isEmpty()
+        && out.commit();
 }
 
 qsizetype importFile(const QString &root, const QString &file, qsizetype *written)

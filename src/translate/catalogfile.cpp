@@ -47,7 +47,7 @@ bool CatalogFile::write(const QString &path, const Catalog &catalog, QString *er
         return false;
     }
     if (formatOf(path) == Xliff)
-        XliffWriter(&file).write(catalog);
+        XliffWriter(&file, catalog.sourceLanguage, catalog.targetLanguage).write(catalog);
     else
         PoWriter(&file).write(catalog);
     if (!file.commit()) {

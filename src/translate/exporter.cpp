@@ -1,76 +1,112 @@
 #include "exporter.h"
 
 #include "documentunits.h"
+#include "powriter.h"
+#include "xliffwriter.h"
 
-#include <QHash>
+#include <QBuffer>
 #include <QtConcurrent/QtConcurrentMap>
 
 namespace ZyHelp::Translate {
 
 namespace {
 
-struct DocumentResult
+const qsizetype batchSize = 512;
+
+struct DocumentText
 {
-    QList<TranslationUnit> units;
+    QByteArray bytes; // the document's units, written
     QString error;
 };
 
 } // namespace
 
-ExportResult exportUnits(const QList<DocumentEntry> &documents, const QString &source,
-                         const QString &target)
+EarlierTranslations::EarlierTranslations(const Catalog &earlier)
+    : m_earlier(earlier)
 {
-    const auto read = [&](const DocumentEntry &entry) {
-        DocumentResult result;
+    for (qsizetype i = 0; i < m_earlier.units.size(); ++i)
+        m_index.insert(m_earlier.units.at(i).id, i);
+}
+
+void EarlierTranslations::merge(TranslationUnit *unit) const
+{
+    const qsizetype index = m_index.value(unit->id, -1);
+    if (index < 0 || m_earlier.units.at(index).target.isEmpty())
+        return;
+    const TranslationUnit &before = m_earlier.units.at(index);
+    unit->target = before.target;
+    if (before.source == unit->source) {
+        unit->fuzzy = before.fuzzy;
+        unit->previousSource = before.previousSource;
+    } else {
+        unit->fuzzy = true;
+        unit->previousSource = before.source;
+    }
+}
+
+QStringList exportCatalog(const QList<DocumentEntry> &documents, const Catalog &header,
+                          const EarlierTranslations *earlier, CatalogFile::Format format,
+                          QIODevice *device)
+{
+    const auto write = [&](const DocumentEntry &entry) {
+        DocumentText result;
         ParseStatus status;
         const HelpData data = HelpParser().parse(entry.filePath, &status);
-        if (status.outcome == ParseStatus::Unreadable)
+        if (status.outcome == ParseStatus::Unreadable) {
             result.error = QStringLiteral("%1: error: cannot open the file: %2; nothing exported")
                                .arg(entry.displayPath, status.errorString);
-        else if (status.outcome == ParseStatus::Faulty)
+            return result;
+        }
+        if (status.outcome == ParseStatus::Faulty) {
             result.error = QStringLiteral("%1:%2:%3: error: faulty XML: %4; nothing exported")
                                .arg(entry.displayPath)
                                .arg(status.line)
                                .arg(status.column)
                                .arg(status.errorString);
-        else
-            result.units = documentUnits(data, entry.relativePath, source, target);
+            return result;
+        }
+        QList<TranslationUnit> units = documentUnits(data, entry.relativePath,
+                                                     header.sourceLanguage, header.targetLanguage);
+        if (earlier) {
+            for (TranslationUnit &unit : units)
+                earlier->merge(&unit);
+        }
+        QBuffer buffer(&result.bytes);
+        buffer.open(QIODevice::WriteOnly);
+        if (format == CatalogFile::Xliff) {
+            XliffWriter(&buffer, header.sourceLanguage, header.targetLanguage).writeDocument(units);
+        } else {
+            PoWriter writer(&buffer);
+            for (const TranslationUnit &unit : std::as_const(units))
+                writer.writeUnit(unit);
+            writer.finish();
+        }
         return result;
     };
-    const QList<DocumentResult> results =
-        QtConcurrent::blockingMapped<QList<DocumentResult>>(documents, read);
 
-    ExportResult result;
-    result.catalog.sourceLanguage = source;
-    result.catalog.targetLanguage = target;
-    for (const DocumentResult &document : results) {
-        if (!document.error.isEmpty())
-            result.errors.append(document.error);
-        result.catalog.units.append(document.units);
-    }
-    return result;
-}
-
-void mergeEarlier(Catalog *fresh, const Catalog &earlier)
-{
-    QHash<QString, const TranslationUnit *> earlierUnits;
-    for (const TranslationUnit &unit : earlier.units)
-        earlierUnits.insert(unit.id, &unit);
-    for (TranslationUnit &unit : fresh->units) {
-        const TranslationUnit *before = earlierUnits.value(unit.id);
-        if (!before || before->target.isEmpty())
-            continue;
-        if (before->source == unit.source) {
-            unit.target = before->target;
-            unit.fuzzy = before->fuzzy;
-            unit.previousSource = before->previousSource;
-        } else {
-            unit.target = before->target;
-            unit.fuzzy = true;
-            unit.previousSource = before->source;
+    QStringList errors;
+    if (format == CatalogFile::Xliff)
+        XliffWriter(device, header.sourceLanguage, header.targetLanguage).writeHeader();
+    else
+        PoWriter(device).writeHeader(header);
+    // The next batch is read while this one is written out.
+    const auto start = [&](qsizetype first) {
+        return QtConcurrent::mapped(documents.mid(first, batchSize), write);
+    };
+    QFuture<DocumentText> batch = start(0);
+    for (qsizetype first = 0; first < documents.size(); first += batchSize) {
+        const QList<DocumentText> texts = batch.results();
+        if (first + batchSize < documents.size())
+            batch = start(first + batchSize);
+        for (const DocumentText &text : texts) {
+            if (!text.error.isEmpty())
+                errors.append(text.error);
+            device->write(text.bytes);
         }
     }
-    fresh->translatorFields = earlier.translatorFields;
+    if (format == CatalogFile::Xliff)
+        XliffWriter(device, header.sourceLanguage, header.targetLanguage).finish();
+    return errors;
 }
 
 } // namespace ZyHelp::Translate

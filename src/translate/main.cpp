@@ -2,13 +2,15 @@
 #include "documentcollector.h"
 #include "exporter.h"
 #include "importer.h"
-#include "powriter.h"
 #include "statistics.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
+
+#include <optional>
 
 #include <cstdio>
 
@@ -70,35 +72,50 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
     if (!collect(paths, &documents))
         return UsageError;
 
-    ExportResult result = exportUnits(documents, source, target);
-    result.catalog.projectName = QFileInfo(paths.first()).completeBaseName();
+    Catalog header;
+    header.sourceLanguage = source;
+    header.targetLanguage = target;
+    header.projectName = QFileInfo(paths.first()).completeBaseName();
+    std::optional<EarlierTranslations> earlier;
     if (!output.isEmpty() && QFileInfo::exists(output)) {
-        Catalog earlier;
+        Catalog before;
         QString error;
-        if (!CatalogFile::read(output, &earlier, &error)) {
+        if (!CatalogFile::read(output, &before, &error)) {
             write(stderr, (error + u'\n').toUtf8());
             return UsageError;
         }
-        if (earlier.sourceLanguage != source || earlier.targetLanguage != target)
+        if (before.sourceLanguage != source || before.targetLanguage != target)
             return usageError(QStringLiteral("%1 translates '%2' to '%3', not '%4' to '%5'")
-                                  .arg(output, earlier.sourceLanguage, earlier.targetLanguage,
+                                  .arg(output, before.sourceLanguage, before.targetLanguage,
                                        source, target));
-        mergeEarlier(&result.catalog, earlier);
+        header.translatorFields = before.translatorFields;
+        earlier.emplace(before);
     }
-    printLines(stderr, result.errors);
+
+    // Written atomically: the earlier file stays whole until the new one is.
+    QSaveFile file(output);
+    QFile standardOutput;
+    QFileDevice *device = &file;
     if (output.isEmpty()) {
-        QFile out;
-        if (!out.open(stdout, QIODevice::WriteOnly))
-            return Failed;
-        PoWriter(&out).write(result.catalog);
-    } else {
-        QString error;
-        if (!CatalogFile::write(output, result.catalog, &error)) {
-            write(stderr, (error + u'\n').toUtf8());
-            return Failed;
-        }
+        device = &standardOutput;
+        standardOutput.open(stdout, QIODevice::WriteOnly);
+    } else if (!file.open(QIODevice::WriteOnly)) {
+        write(stderr, QStringLiteral("%1: error: cannot write: %2\n")
+                          .arg(output, file.errorString())
+                          .toUtf8());
+        return Failed;
     }
-    return result.errors.isEmpty() ? Passed : Failed;
+    const QStringList errors =
+        exportCatalog(documents, header, earlier ? &*earlier : nullptr,
+                      output.isEmpty() ? CatalogFile::Po : CatalogFile::formatOf(output), device);
+    printLines(stderr, errors);
+    if (!output.isEmpty() && !file.commit()) {
+        write(stderr, QStringLiteral("%1: error: cannot write: %2\n")
+                          .arg(output, file.errorString())
+                          .toUtf8());
+        return Failed;
+    }
+    return errors.isEmpty() ? Passed : Failed;
 }
 
 int runImport(const QCommandLineParser &parser, const QStringList &arguments)

@@ -3,6 +3,8 @@
 #include <QDateTime>
 #include <QIODevice>
 
+#include <algorithm>
+
 namespace ZyHelp::Translate {
 
 namespace {
@@ -21,6 +23,9 @@ bool escapedBackslash(const QByteArray &text, qsizetype index)
 QByteArray escaped(const QString &text)
 {
     const QByteArray utf8 = text.toUtf8();
+    const auto special = [](char c) { return uchar(c) < 0x20 || c == '\\' || c == '"'; };
+    if (std::none_of(utf8.cbegin(), utf8.cend(), special))
+        return utf8;
     QByteArray out;
     out.reserve(utf8.size() + 8);
     for (const char c : utf8) {

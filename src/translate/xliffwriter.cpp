@@ -1,75 +1,82 @@
 #include "xliffwriter.h"
 
+#include <QIODevice>
+#include <QXmlStreamWriter>
+
 namespace ZyHelp::Translate {
 
-XliffWriter::XliffWriter(QIODevice *device)
-    : m_xml(device)
+XliffWriter::XliffWriter(QIODevice *device, const QString &sourceLanguage,
+                         const QString &targetLanguage)
+    : m_device(device)
+    , m_sourceLanguage(sourceLanguage)
+    , m_targetLanguage(targetLanguage)
 {
-    m_xml.setAutoFormatting(true);
-    m_xml.setAutoFormattingIndent(2);
 }
 
-void XliffWriter::writeHeader(const Catalog &catalog)
+void XliffWriter::writeHeader()
 {
-    m_sourceLanguage = catalog.sourceLanguage;
-    m_targetLanguage = catalog.targetLanguage;
-    m_xml.writeStartDocument();
-    m_xml.writeDefaultNamespace(QStringLiteral("urn:oasis:names:tc:xliff:document:1.2"));
-    m_xml.writeStartElement(QStringLiteral("xliff"));
-    m_xml.writeAttribute(QStringLiteral("version"), QStringLiteral("1.2"));
+    m_device->write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                    "<xliff version=\"1.2\" xmlns=\"urn:oasis:names:tc:xliff:document:1.2\">");
 }
 
-void XliffWriter::writeUnit(const TranslationUnit &unit)
+void XliffWriter::writeDocument(const QList<TranslationUnit> &units)
 {
-    if (!m_fileOpen || unit.document != m_document) {
-        if (m_fileOpen) {
-            m_xml.writeEndElement(); // body
-            m_xml.writeEndElement(); // file
+    if (units.isEmpty())
+        return;
+    QXmlStreamWriter xml(m_device);
+    xml.setAutoFormatting(true);
+    xml.setAutoFormattingIndent(2);
+    xml.writeStartElement(QStringLiteral("file"));
+    xml.writeAttribute(QStringLiteral("original"), units.first().document);
+    xml.writeAttribute(QStringLiteral("source-language"), m_sourceLanguage);
+    if (!m_targetLanguage.isEmpty())
+        xml.writeAttribute(QStringLiteral("target-language"), m_targetLanguage);
+    xml.writeAttribute(QStringLiteral("datatype"), QStringLiteral("plaintext"));
+    xml.writeStartElement(QStringLiteral("body"));
+    for (const TranslationUnit &unit : units) {
+        xml.writeStartElement(QStringLiteral("trans-unit"));
+        xml.writeAttribute(QStringLiteral("id"), unit.id);
+        // Line breaks and spaces are part of the text.
+        xml.writeAttribute(QStringLiteral("xml:space"), QStringLiteral("preserve"));
+        xml.writeTextElement(QStringLiteral("source"), unit.source);
+        if (!m_targetLanguage.isEmpty() && !unit.target.isEmpty()) {
+            xml.writeStartElement(QStringLiteral("target"));
+            xml.writeAttribute(QStringLiteral("state"), unit.fuzzy
+                                   ? QStringLiteral("needs-adaptation")
+                                   : QStringLiteral("translated"));
+            xml.writeCharacters(unit.target);
+            xml.writeEndElement();
         }
-        m_document = unit.document;
-        m_fileOpen = true;
-        m_xml.writeStartElement(QStringLiteral("file"));
-        m_xml.writeAttribute(QStringLiteral("original"), unit.document);
-        m_xml.writeAttribute(QStringLiteral("source-language"), m_sourceLanguage);
-        if (!m_targetLanguage.isEmpty())
-            m_xml.writeAttribute(QStringLiteral("target-language"), m_targetLanguage);
-        m_xml.writeAttribute(QStringLiteral("datatype"), QStringLiteral("plaintext"));
-        m_xml.writeStartElement(QStringLiteral("body"));
+        if (!unit.note.isEmpty())
+            xml.writeTextElement(QStringLiteral("note"), unit.note);
+        if (unit.fuzzy && !unit.previousSource.isEmpty() && !unit.target.isEmpty()) {
+            xml.writeStartElement(QStringLiteral("alt-trans"));
+            xml.writeAttribute(QStringLiteral("alttranstype"), QStringLiteral("previous-version"));
+            xml.writeTextElement(QStringLiteral("source"), unit.previousSource);
+            xml.writeTextElement(QStringLiteral("target"), unit.target);
+            xml.writeEndElement();
+        }
+        xml.writeEndElement();
     }
-    m_xml.writeStartElement(QStringLiteral("trans-unit"));
-    m_xml.writeAttribute(QStringLiteral("id"), unit.id);
-    // Line breaks and spaces are part of the text.
-    m_xml.writeAttribute(QStringLiteral("xml:space"), QStringLiteral("preserve"));
-    m_xml.writeTextElement(QStringLiteral("source"), unit.source);
-    if (!m_targetLanguage.isEmpty() && !unit.target.isEmpty()) {
-        m_xml.writeStartElement(QStringLiteral("target"));
-        m_xml.writeAttribute(QStringLiteral("state"), unit.fuzzy ? QStringLiteral("needs-adaptation")
-                                                                 : QStringLiteral("translated"));
-        m_xml.writeCharacters(unit.target);
-        m_xml.writeEndElement();
-    }
-    if (!unit.note.isEmpty())
-        m_xml.writeTextElement(QStringLiteral("note"), unit.note);
-    if (unit.fuzzy && !unit.previousSource.isEmpty() && !unit.target.isEmpty()) {
-        m_xml.writeStartElement(QStringLiteral("alt-trans"));
-        m_xml.writeAttribute(QStringLiteral("alttranstype"), QStringLiteral("previous-version"));
-        m_xml.writeTextElement(QStringLiteral("source"), unit.previousSource);
-        m_xml.writeTextElement(QStringLiteral("target"), unit.target);
-        m_xml.writeEndElement();
-    }
-    m_xml.writeEndElement();
+    xml.writeEndElement();
+    xml.writeEndElement();
 }
 
 void XliffWriter::finish()
 {
-    m_xml.writeEndDocument(); // closes every element still open
+    m_device->write("\n</xliff>\n");
 }
 
 void XliffWriter::write(const Catalog &catalog)
 {
-    writeHeader(catalog);
-    for (const TranslationUnit &unit : catalog.units)
-        writeUnit(unit);
+    writeHeader();
+    qsizetype first = 0;
+    for (qsizetype i = 1; i <= catalog.units.size(); ++i) {
+        if (i == catalog.units.size() || catalog.units.at(i).document != catalog.units.at(first).document) {
+            writeDocument(catalog.units.mid(first, i - first));
+            first = i;
+        }
+    }
     finish();
 }
 

@@ -2,8 +2,6 @@
 
 #include "catalog.h"
 
-#include <QXmlStreamWriter>
-
 class QIODevice;
 
 namespace ZyHelp::Translate {
@@ -14,20 +12,20 @@ namespace ZyHelp::Translate {
 class XliffWriter
 {
 public:
-    explicit XliffWriter(QIODevice *device);
+    XliffWriter(QIODevice *device, const QString &sourceLanguage, const QString &targetLanguage);
 
-    void writeHeader(const Catalog &catalog);
-    void writeUnit(const TranslationUnit &unit);
+    void writeHeader();
+    // One document's <file>; units of one document, as documents can be written
+    // apart from each other (on several threads) and joined.
+    void writeDocument(const QList<TranslationUnit> &units);
     void finish();
 
     void write(const Catalog &catalog);
 
 private:
-    QXmlStreamWriter m_xml;
+    QIODevice *m_device;
     QString m_sourceLanguage;
     QString m_targetLanguage;
-    QString m_document; // whose <file> is open
-    bool m_fileOpen = false;
 };
 
 } // namespace ZyHelp::Translate

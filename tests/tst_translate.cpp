@@ -289,8 +289,8 @@ private slots:
         const QByteArray b = Test::readFile(path("proj/kapitel/b.zyhelp"));
         const Run import = translate("import " ZY_TRANSLATE_DATA "/gettext-features.po proj");
         QVERIFY2(import.code == 0, qPrintable(import.err));
-        QCOMPARE(import.out, "wrote proj/a.zyhelp\n2 units applied, 0 not applied, "
-                             "1 documents written\n");
+        QCOMPARE(import.out, "wrote proj/a.zyhelp\n2 translations in place, 0 not applied, "
+                             "1 document written\n");
         QCOMPARE(Test::dump(read("proj/a.zyhelp")).section(" [en:", 1),
                  "Hard \"texts\"\" (:...) (:...) (:Text three)] links:");
         QCOMPARE(Test::readFile(path("proj/kapitel/b.zyhelp")), b);

@@ -12,7 +12,7 @@ struct ImportResult
 {
     QStringList messages; // compiler-style warnings and errors, by file and line
     QStringList changes; // "wrote PATH" or, on a dry run, "would write PATH"
-    qsizetype applied = 0; // units whose translation is in a document now
+    qsizetype applied = 0; // units whose translation is in their document now
     qsizetype lost = 0; // units not applied and documents not written
 };
 

@@ -151,10 +151,12 @@ int runImport(const QCommandLineParser &parser, const QStringList &arguments)
         importCatalog(catalog, file, documents, parser.isSet(QStringLiteral("dry-run")));
     printLines(stderr, result.messages);
     printLines(stdout, result.changes);
-    write(stdout, QStringLiteral("%1 units applied, %2 not applied, %3 documents %4\n")
+    const qsizetype written = result.changes.size();
+    write(stdout, QStringLiteral("%1 translations in place, %2 not applied, %3 %4 %5\n")
                       .arg(result.applied)
                       .arg(result.lost)
-                      .arg(result.changes.size())
+                      .arg(written)
+                      .arg(written == 1 ? QStringLiteral("document") : QStringLiteral("documents"))
                       .arg(parser.isSet(QStringLiteral("dry-run")) ? QStringLiteral("to write")
                                                                    : QStringLiteral("written"))
                       .toUtf8());

@@ -296,6 +296,47 @@ private slots:
         QCOMPARE(Test::readFile(path("proj/kapitel/b.zyhelp")), b);
     }
 
+    void catToolXliff() // their states, inline markup and suggestions
+    {
+        const Run import = translate("import " ZY_TRANSLATE_DATA "/cat-tool.xlf proj");
+        QVERIFY2(import.code == 0, qPrintable(import.err));
+        QCOMPARE(import.out, "wrote proj/a.zyhelp\n3 translations in place, 0 not applied, "
+                             "1 document written\n");
+        QCOMPARE(Test::dump(read("proj/a.zyhelp")).section(" [en:", 1),
+                 "Hard texts (:...) (:...) (Three:Text three)] links:");
+    }
+
+    void faultyDocuments() // reported, never written, and the others go on
+    {
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
+        fill("x.po");
+        const QByteArray faulty = Test::readFile(path("proj/a.zyhelp")).replace("</lang>", "");
+        Test::writeFile(path("proj/a.zyhelp"), faulty);
+        const Run import = translate("import x.po proj");
+        QCOMPARE(import.code, 1);
+        QVERIFY2(import.err.contains(QRegularExpression("^proj/a.zyhelp:\\d+:\\d+: error: the "
+                                                        "document was not read whole")),
+                 qPrintable(import.err));
+        QCOMPARE(Test::readFile(path("proj/a.zyhelp")), faulty);
+        QCOMPARE(import.out, "wrote proj/kapitel/b.zyhelp\n5 translations in place, 6 not "
+                             "applied, 1 document written\n");
+        const Run again = translate("export --source de --target en -o x.po proj");
+        QCOMPARE(again.code, 1);
+        QVERIFY(again.err.startsWith("proj/a.zyhelp:"));
+        QVERIFY(Test::readFile(path("x.po")).contains("msgstr \"Zweiter\""));
+    }
+
+    void spacesAroundTranslations() // trimmed as documents hold texts: a second import is idle
+    {
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
+        QByteArray po = Test::readFile(path("x.po"));
+        po.replace("msgid \"Text drei\"\nmsgstr \"\"", "msgid \"Text drei\"\nmsgstr \"  Text three\t \"");
+        Test::writeFile(path("x.po"), po);
+        QCOMPARE(translate("import x.po proj").code, 0);
+        QCOMPARE(read("proj/a.zyhelp").languages.value("en").sections.value(2).content, "Text three");
+        QVERIFY(translate("import x.po proj").out.endsWith(" 0 documents written\n"));
+    }
+
     void status()
     {
         HelpData c;

@@ -24,12 +24,14 @@ QByteArray escaped(const QString &text)
 {
     const QByteArray utf8 = text.toUtf8();
     const auto special = [](char c) { return uchar(c) < 0x20 || c == '\\' || c == '"'; };
-    if (std::none_of(utf8.cbegin(), utf8.cend(), special))
+    auto run = std::find_if(utf8.cbegin(), utf8.cend(), special);
+    if (run == utf8.cend())
         return utf8;
     QByteArray out;
-    out.reserve(utf8.size() + 8);
-    for (const char c : utf8) {
-        switch (c) {
+    out.reserve(utf8.size() + utf8.size() / 8);
+    out.append(utf8.cbegin(), run - utf8.cbegin());
+    while (run != utf8.cend()) {
+        switch (*run) {
         case '\\': out += "\\\\"; break;
         case '"': out += "\\\""; break;
         case '\n': out += "\\n"; break;
@@ -39,8 +41,11 @@ QByteArray escaped(const QString &text)
         case '\b': out += "\\b"; break;
         case '\f': out += "\\f"; break;
         case '\v': out += "\\v"; break;
-        default: out += c;
+        default: out += *run;
         }
+        const auto next = std::find_if(run + 1, utf8.cend(), special);
+        out.append(run + 1, next - run - 1);
+        run = next;
     }
     return out;
 }
@@ -127,7 +132,9 @@ void PoWriter::writeString(const char *keyword, const QString &text, const char 
     const QByteArray body = escaped(text);
     const qsizetype lead = qsizetype(qstrlen(prefix) + qstrlen(keyword)) + 1;
     const QList<QByteArray> lines = wrapped(body, wrapWidth - 2 - qsizetype(qstrlen(prefix)));
-    if (lines.size() <= 1 && lead + 2 + QString::fromUtf8(body).size() <= wrapWidth) {
+    const auto characters = std::count_if(body.cbegin(), body.cend(),
+                                          [](char c) { return (uchar(c) & 0xC0) != 0x80; });
+    if (lines.size() <= 1 && lead + 2 + characters <= wrapWidth) {
         m_buffer += prefix + QByteArray(keyword) + " \"" + body + "\"\n";
         return;
     }

@@ -159,6 +159,10 @@ private slots:
         validate(file);
         const QString text = QString::fromUtf8(Test::readFile(path(file)));
         QVERIFY(text.contains(changed));
+        if (CatalogFile::formatOf(file) == CatalogFile::Po) { // wrapped as gettext wraps
+            QCOMPARE(run("msgcat", {file, "-o", "gettext.po"}).code, 0);
+            QCOMPARE(Test::readFile(path("gettext.po")), text.toUtf8());
+        }
         QVERIFY(!text.contains("a.zyhelp#2/content")); // a placeholder is not exported
     }
 
@@ -403,6 +407,15 @@ private slots:
         row("source as target", "x.po", "Language: en", "Language: de", 2, "into itself");
         row("xliff source as target", "x.xlf", "target-language=\"en\"", "target-language=\"de\"",
             2, "into itself");
+        row("po cut after a msgid", "x.po", "msgstr \"Text drei\"", "", 2,
+            "error: the file ends in an entry without msgstr");
+        row("po in Latin-1", "x.po", "charset=UTF-8", "charset=ISO-8859-1", 2,
+            ":\\d+:1: error: the charset is ISO-8859-1; only UTF-8 is read");
+        row("not XLIFF", "x.xlf", "<xliff", "<tmx", 2, "not XLIFF 1.x: the root element is <tmx>");
+        row("not one of our ids", "x.po", "a.zyhelp#3/content", "a.zyhelp#3/inhalt", 1,
+            "a.zyhelp#3/inhalt: not a unit id of zyhelptranslate; not applied");
+        row("a control character", "x.po", "msgstr \"Text drei\"", "msgstr \"Text\\001drei\"", 1,
+            "a.zyhelp#3/content: the translation holds a character that a document cannot hold");
         row("trailing line break", "x.po", "msgstr \"Text drei\"", "msgstr \"Text drei\\n\"", 1,
             "#3/content: the translation and its source differ in a leading or trailing line");
     }

@@ -347,8 +347,8 @@ bool Parser::finish(qint64 lastLine)
 bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error)
 {
     Parser parser(catalog, error);
-    // About one unit in every few hundred bytes: the list grows seldom.
-    catalog->units.reserve(qsizetype(device->size() / 512));
+    // Units take a few hundred bytes each: the list grows seldom.
+    catalog->units.reserve(qsizetype(device->size() / 256));
     qint64 number = 0;
     while (!device->atEnd()) {
         if (!parser.line(device->readLine(), ++number))

@@ -55,15 +55,14 @@ bool exportProject(const QString &root, const QString &file)
         && out.commit();
 }
 
-qsizetype importFile(const QString &root, const QString &file, qsizetype *written)
+qsizetype importPo(const QString &root, const QString &file, qsizetype *written)
 {
     DocumentCollector collector;
     collector.addPath(root);
-    Catalog catalog;
+    ImportResult result;
     QString error;
-    if (!CatalogFile::read(file, &catalog, &error))
+    if (!importFile(file, collector.documents(), false, &result, &error))
         return -1;
-    const ImportResult result = importCatalog(catalog, file, collector.documents(), false);
     *written = result.changes.size();
     return result.lost > 0 ? -1 : result.applied;
 }
@@ -99,7 +98,7 @@ void benchProjectOf(int count, int runs)
         exportXliffMs = std::min(exportXliffMs,
                                  Bench::bestOfMs(1, [&] { ok = exportProject(root, xliff) && ok; }));
         importMs = std::min(importMs,
-                            Bench::bestOfMs(1, [&] { applied = importFile(root, po, &written); }));
+                            Bench::bestOfMs(1, [&] { applied = importPo(root, po, &written); }));
     }
     // Every unit of the export matches its document: nothing is written.
     if (!ok || applied != qsizetype(count) * (1 + 2 * Bench::sectionCount) || written != 0)

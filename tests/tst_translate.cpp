@@ -364,7 +364,7 @@ private slots:
         QTest::newRow("target is source") << "export --source de --target de proj" << "is the source";
         QTest::newRow("unknown format") << "export --source de -o x.txt proj" << "must end in";
         QTest::newRow("no such path") << "status --source de fehlt" << "fehlt: no such file";
-        QTest::newRow("template") << "import x.pot proj" << "x.pot names no target language";
+        QTest::newRow("template") << "import x.pot proj" << "x.pot: error: the file names no target language";
         QTest::newRow("earlier file of other languages")
             << "export --source de --target fr -o x.pot proj" << "not 'de' to 'fr'";
     }

@@ -20,7 +20,8 @@ CatalogFile::Format CatalogFile::formatOf(const QString &path)
     return Unknown;
 }
 
-bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString)
+bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString,
+                       const std::function<void(TranslationUnit &&)> &sink)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
@@ -28,8 +29,8 @@ bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorStri
         return false;
     }
     ReadError error;
-    const bool read = formatOf(path) == Xliff ? XliffReader().read(&file, catalog, &error)
-                                              : PoReader().read(&file, catalog, &error);
+    const bool read = formatOf(path) == Xliff ? XliffReader().read(&file, catalog, &error, sink)
+                                              : PoReader().read(&file, catalog, &error, sink);
     if (!read)
         *errorString = QStringLiteral("%1:%2:%3: error: %4")
                            .arg(path)

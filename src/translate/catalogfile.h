@@ -2,6 +2,8 @@
 
 #include "catalog.h"
 
+#include <functional>
+
 namespace ZyHelp::Translate {
 
 // A translation file on disk, its format told by its name: .po or .pot
@@ -15,7 +17,9 @@ public:
 
     // False, with a compiler-style line in errorString: the file cannot be
     // opened or is not of its format.
-    static bool read(const QString &path, Catalog *catalog, QString *errorString);
+    // sink: as the readers take it.
+    static bool read(const QString &path, Catalog *catalog, QString *errorString,
+                     const std::function<void(TranslationUnit &&)> &sink = {});
     // Writes the whole file or, on failure, leaves the old one as it was.
     static bool write(const QString &path, const Catalog &catalog, QString *errorString);
 };

@@ -1,5 +1,6 @@
 #include "importer.h"
 
+#include "catalogfile.h"
 #include "documentunits.h"
 
 #include <QHash>
@@ -11,19 +12,11 @@ namespace ZyHelp::Translate {
 
 namespace {
 
-struct Job
-{
-    const DocumentEntry *entry = nullptr;
-    QList<const TranslationUnit *> units;
-};
+// Units held at once: a large file goes through in batches of this many.
+const qsizetype batchSize = 20000;
 
-struct JobResult
-{
-    QList<std::pair<qint64, QString>> messages; // by catalog line
-    QString change;
-    qsizetype applied = 0;
-    qsizetype lost = 0;
-};
+using Job = ImportJob;
+using JobResult = ImportJobResult;
 
 // Characters that XML 1.0 cannot hold: a document with one would not read back.
 bool hasNonXmlCharacter(const QString &text)
@@ -144,61 +137,122 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
 
 } // namespace
 
-ImportResult importCatalog(const Catalog &catalog, const QString &catalogPath,
-                           const QList<DocumentEntry> &documents, bool dryRun)
+Importer::Importer(const Catalog &header, const QString &catalogPath,
+                   const QList<DocumentEntry> &documents, bool dryRun)
+    : m_header(header)
+    , m_catalogPath(catalogPath)
+    , m_documents(documents)
+    , m_dryRun(dryRun)
 {
-    ImportResult result;
-    QHash<QString, qsizetype> jobIndex; // by relative path
     for (const DocumentEntry &entry : documents)
-        jobIndex.insert(entry.relativePath, -1);
-    QList<Job> jobs;
-    QList<std::pair<qint64, QString>> messages;
-    for (const TranslationUnit &unit : catalog.units) {
+        m_documentIndex.insert(entry.relativePath, &entry - documents.constData());
+}
+
+Importer::~Importer()
+{
+    m_running.waitForFinished();
+}
+
+void Importer::add(TranslationUnit &&unit)
+{
+    m_pending.append(std::move(unit));
+    if (m_pending.size() >= batchSize)
+        startBatch();
+}
+
+void Importer::collect()
+{
+    const QList<JobResult> results = m_running.results();
+    for (const JobResult &job : results) {
+        m_messages.append(job.messages);
+        if (!job.change.isEmpty() && !m_changed.contains(job.change)) {
+            m_changed.insert(job.change);
+            m_result.changes.append(job.change);
+        }
+        m_result.applied += job.applied;
+        m_result.lost += job.lost;
+    }
+    m_running = QFuture<JobResult>();
+}
+
+// The batch before must be done: its documents may be this batch's too.
+void Importer::startBatch()
+{
+    collect();
+    m_runningUnits = std::move(m_pending);
+    m_pending = QList<TranslationUnit>();
+    QHash<qsizetype, qsizetype> jobIndex; // by document index
+    m_jobs.clear();
+    for (const TranslationUnit &unit : std::as_const(m_runningUnits)) {
         QString path;
         UnitPlace place;
         const bool valid = parseUnitId(unit.id, &path, &place);
-        const auto job = jobIndex.find(path);
-        if (!valid || job == jobIndex.end()) {
+        const qsizetype document = valid ? m_documentIndex.value(path, -1) : -1;
+        if (document < 0) {
             // Only a translation makes a unit that cannot be placed a loss.
             if (!unit.fuzzy && !unit.target.isEmpty()) {
-                messages.append({unit.line, QStringLiteral("%1:%2: warning: %3: %4; not applied")
-                                                .arg(catalogPath)
-                                                .arg(unit.line)
-                                                .arg(unit.id,
-                                                     valid ? QStringLiteral("no document of this "
-                                                                            "run has this path")
-                                                           : QStringLiteral("not a unit id of "
-                                                                            "zyhelptranslate"))});
-                ++result.lost;
+                m_messages.append({unit.line, QStringLiteral("%1:%2: warning: %3: %4; not applied")
+                                                  .arg(m_catalogPath)
+                                                  .arg(unit.line)
+                                                  .arg(unit.id,
+                                                       valid ? QStringLiteral("no document of "
+                                                                              "this run has "
+                                                                              "this path")
+                                                             : QStringLiteral("not a unit id of "
+                                                                              "zyhelptranslate"))});
+                ++m_result.lost;
             }
             continue;
         }
-        if (*job < 0) {
-            *job = jobs.size();
-            jobs.append(Job{nullptr, {}});
+        auto job = jobIndex.constFind(document);
+        if (job == jobIndex.cend()) {
+            job = jobIndex.insert(document, m_jobs.size());
+            m_jobs.append(Job{&m_documents.at(document), {}});
         }
-        jobs[*job].units.append(&unit);
+        m_jobs[*job].units.append(&unit);
     }
-    for (const DocumentEntry &entry : documents) {
-        const qsizetype index = jobIndex.value(entry.relativePath);
-        if (index >= 0 && !jobs[index].entry)
-            jobs[index].entry = &entry;
-    }
+    m_running = QtConcurrent::mapped(m_jobs, [this](const Job &job) {
+        return runJob(job, m_header, m_catalogPath, m_dryRun);
+    });
+}
 
-    const QList<JobResult> results = QtConcurrent::blockingMapped<QList<JobResult>>(
-        jobs, [&](const Job &job) { return runJob(job, catalog, catalogPath, dryRun); });
-    for (const JobResult &job : results) {
-        messages.append(job.messages);
-        if (!job.change.isEmpty())
-            result.changes.append(job.change);
-        result.applied += job.applied;
-        result.lost += job.lost;
-    }
-    std::stable_sort(messages.begin(), messages.end(),
+ImportResult Importer::finish()
+{
+    startBatch();
+    collect();
+    std::stable_sort(m_messages.begin(), m_messages.end(),
                      [](const auto &a, const auto &b) { return a.first < b.first; });
-    for (const auto &message : std::as_const(messages))
-        result.messages.append(message.second);
-    return result;
+    for (const auto &message : std::as_const(m_messages))
+        m_result.messages.append(message.second);
+    return m_result;
+}
+
+bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool dryRun,
+                ImportResult *result, QString *error)
+{
+    // The whole file is read once before any document is touched, so that a
+    // file found faulty halfway changes nothing; its units are dropped as read.
+    Catalog header;
+    if (!CatalogFile::read(path, &header, error, [](TranslationUnit &&) {}))
+        return false;
+    if (header.targetLanguage.isEmpty())
+        *error = QStringLiteral("%1: error: the file names no target language (PO: the "
+                                "Language header; XLIFF: target-language)").arg(path);
+    else if (header.sourceLanguage.isEmpty())
+        *error = QStringLiteral("%1: error: the file names no source language (PO: the "
+                                "X-Source-Language header; XLIFF: source-language)").arg(path);
+    else if (header.sourceLanguage == header.targetLanguage)
+        *error = QStringLiteral("%1: error: the file translates '%2' into itself").arg(path, header.sourceLanguage);
+    if (!error->isEmpty())
+        return false;
+
+    Importer importer(header, path, documents, dryRun);
+    Catalog again;
+    if (!CatalogFile::read(path, &again, error,
+                           [&](TranslationUnit &&unit) { importer.add(std::move(unit)); }))
+        return false; // changed since the first read
+    *result = importer.finish();
+    return true;
 }
 
 } // namespace ZyHelp::Translate

@@ -129,26 +129,12 @@ int runImport(const QCommandLineParser &parser, const QStringList &arguments)
     QList<DocumentEntry> documents;
     if (!collect(arguments.mid(1), &documents))
         return UsageError;
-    Catalog catalog;
+    ImportResult result;
     QString error;
-    if (!CatalogFile::read(file, &catalog, &error)) {
+    if (!importFile(file, documents, parser.isSet(QStringLiteral("dry-run")), &result, &error)) {
         write(stderr, (error + u'\n').toUtf8());
         return UsageError;
     }
-    if (catalog.targetLanguage.isEmpty())
-        return usageError(QStringLiteral("%1 names no target language (PO: the Language header; "
-                                         "XLIFF: target-language)")
-                              .arg(file));
-    if (catalog.sourceLanguage.isEmpty())
-        return usageError(QStringLiteral("%1 names no source language (PO: the "
-                                         "X-Source-Language header; XLIFF: source-language)")
-                              .arg(file));
-    if (catalog.sourceLanguage == catalog.targetLanguage)
-        return usageError(QStringLiteral("%1 translates '%2' into itself")
-                              .arg(file, catalog.sourceLanguage));
-
-    const ImportResult result =
-        importCatalog(catalog, file, documents, parser.isSet(QStringLiteral("dry-run")));
     printLines(stderr, result.messages);
     printLines(stdout, result.changes);
     const qsizetype written = result.changes.size();

@@ -58,13 +58,15 @@ qsizetype invalidUtf8(const QByteArray &text)
 class Parser
 {
 public:
-    Parser(Catalog *catalog, ReadError *error)
+    Parser(Catalog *catalog, ReadError *error,
+           const std::function<void(TranslationUnit &&)> &sink)
         : m_catalog(catalog)
         , m_error(error)
+        , m_sink(sink)
     {
     }
 
-    bool line(QByteArray text, qint64 number);
+    bool line(const QByteArray &text, qint64 number);
     bool finish(qint64 lastLine);
 
 private:
@@ -80,6 +82,7 @@ private:
 
     Catalog *m_catalog;
     ReadError *m_error;
+    const std::function<void(TranslationUnit &&)> &m_sink;
     Entry m_entry;
     QByteArray *m_current = nullptr; // where a continuation line goes
     QByteArray m_ignored; // strings read but not kept
@@ -197,13 +200,10 @@ bool Parser::keyword(const QByteArray &text, qsizetype from, bool previous)
     return string(text, end, m_current);
 }
 
-bool Parser::line(QByteArray text, qint64 number)
+// text: the line without its line break.
+bool Parser::line(const QByteArray &text, qint64 number)
 {
     m_line = number;
-    if (text.endsWith('\n'))
-        text.chop(1);
-    if (text.endsWith('\r'))
-        text.chop(1);
     if (number == 1 && text.startsWith("\xEF\xBB\xBF"))
         return fail(1, QStringLiteral("the file starts with a byte-order mark; PO files are "
                                       "UTF-8 without one"));
@@ -289,8 +289,21 @@ bool Parser::readHeader(const QString &header)
 
 bool Parser::endEntry()
 {
-    Entry entry;
-    std::swap(entry, m_entry);
+    // The entry's buffers are kept for the next one: no allocation per entry.
+    struct Reset
+    {
+        Entry &entry;
+        ~Reset()
+        {
+            for (QByteArray *text : {&entry.context, &entry.id, &entry.translation,
+                                     &entry.previousId})
+                text->resize(0);
+            entry.hasContext = entry.hasId = entry.hasTranslation = false;
+            entry.plural = entry.fuzzy = entry.obsolete = false;
+            entry.line = 0;
+        }
+    } reset{m_entry};
+    const Entry &entry = m_entry;
     m_current = nullptr;
     if (!entry.hasId)
         return true;
@@ -323,7 +336,10 @@ bool Parser::endEntry()
                            .arg(unit.id)
                            .arg(seen.value()));
     m_ids.insert(unit.id, unit.line);
-    m_catalog->units.append(unit);
+    if (m_sink)
+        m_sink(std::move(unit));
+    else
+        m_catalog->units.append(unit);
     return true;
 }
 
@@ -344,14 +360,31 @@ bool Parser::finish(qint64 lastLine)
 
 } // namespace
 
-bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error)
+bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
+                    const std::function<void(TranslationUnit &&)> &sink)
 {
-    Parser parser(catalog, error);
+    Parser parser(catalog, error, sink);
     // Units take a few hundred bytes each: the list grows seldom.
-    catalog->units.reserve(qsizetype(device->size() / 256));
+    if (!sink)
+        catalog->units.reserve(qsizetype(device->size() / 256));
     qint64 number = 0;
+    QByteArray buffer(4096, Qt::Uninitialized); // one for every line
     while (!device->atEnd()) {
-        if (!parser.line(device->readLine(), ++number))
+        qint64 length = 0;
+        for (;;) {
+            const qint64 read = device->readLine(buffer.data() + length, buffer.size() - length);
+            if (read <= 0)
+                break;
+            length += read;
+            if (buffer.at(length - 1) == '\n' || device->atEnd())
+                break;
+            buffer.resize(buffer.size() * 2);
+        }
+        if (length > 0 && buffer.at(length - 1) == '\n')
+            --length;
+        if (length > 0 && buffer.at(length - 1) == '\r')
+            --length;
+        if (!parser.line(QByteArray::fromRawData(buffer.constData(), length), ++number))
             return false;
     }
     return parser.finish(number);

@@ -2,6 +2,8 @@
 
 #include "catalog.h"
 
+#include <functional>
+
 class QIODevice;
 
 namespace ZyHelp::Translate {
@@ -15,7 +17,10 @@ class PoReader
 public:
     // False, with error, for a file that is not valid UTF-8 PO: a byte-order
     // mark, a syntax error, a string cut short, an id given twice.
-    bool read(QIODevice *device, Catalog *catalog, ReadError *error);
+    // sink, where given, takes each unit instead of catalog->units, so that a
+    // large file need not be held whole.
+    bool read(QIODevice *device, Catalog *catalog, ReadError *error,
+              const std::function<void(TranslationUnit &&)> &sink = {});
 };
 
 } // namespace ZyHelp::Translate

@@ -16,7 +16,8 @@ bool isTranslatedState(QStringView state)
 
 } // namespace
 
-bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error)
+bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
+                       const std::function<void(TranslationUnit &&)> &sink)
 {
     if (device->peek(3) == "\xEF\xBB\xBF" || device->peek(2) == "\xFF\xFE"
         || device->peek(2) == "\xFE\xFF") {
@@ -90,6 +91,8 @@ bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error)
         } else if (token == QXmlStreamReader::EndElement) {
             if (altDepth > 0)
                 --altDepth;
+            else if (xml.name() == u"trans-unit" && sink)
+                sink(std::move(unit));
             else if (xml.name() == u"trans-unit")
                 catalog->units.append(unit);
         }

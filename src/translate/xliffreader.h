@@ -2,6 +2,8 @@
 
 #include "catalog.h"
 
+#include <functional>
+
 class QIODevice;
 
 namespace ZyHelp::Translate {
@@ -14,7 +16,10 @@ class XliffReader
 public:
     // False, with error, for a file that is not well-formed UTF-8 XLIFF 1.2,
     // has a byte-order mark, mixes language pairs or gives an id twice.
-    bool read(QIODevice *device, Catalog *catalog, ReadError *error);
+    // sink, where given, takes each unit instead of catalog->units, so that a
+    // large file need not be held whole.
+    bool read(QIODevice *device, Catalog *catalog, ReadError *error,
+              const std::function<void(TranslationUnit &&)> &sink = {});
 };
 
 } // namespace ZyHelp::Translate

@@ -280,7 +280,8 @@ private slots:
         const Run import = translate("import " + file + " proj");
         QCOMPARE(import.code, 1);
         QCOMPARE(import.err, dry.err);
-        QCOMPARE(import.out, QString(dry.out).replace("would write", "wrote").replace("to write", "written"));
+        QCOMPARE(import.out,
+                 QString(dry.out).replace("would write", "wrote").replace("to write", "written"));
         QVERIFY(import.err.contains(QRegularExpression("^" + file + ":\\d+: warning: "
                                                        "kapitel/b.zyhelp#description: stale",
                                                        QRegularExpression::MultilineOption)));
@@ -334,10 +335,12 @@ private slots:
     {
         QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
         QByteArray po = Test::readFile(path("x.po"));
-        po.replace("msgid \"Text drei\"\nmsgstr \"\"", "msgid \"Text drei\"\nmsgstr \"  Text three\t \"");
+        po.replace("msgid \"Text drei\"\nmsgstr \"\"",
+                   "msgid \"Text drei\"\nmsgstr \"  Text three\t \"");
         Test::writeFile(path("x.po"), po);
         QCOMPARE(translate("import x.po proj").code, 0);
-        QCOMPARE(read("proj/a.zyhelp").languages.value("en").sections.value(2).content, "Text three");
+        QCOMPARE(read("proj/a.zyhelp").languages.value("en").sections.value(2).content,
+                 "Text three");
         QVERIFY(translate("import x.po proj").out.endsWith(" 0 documents written\n"));
     }
 
@@ -361,10 +364,12 @@ private slots:
         QTest::addColumn<QString>("message");
         QTest::newRow("no command") << "" << "no command given";
         QTest::newRow("no source") << "export --target en proj" << "export needs --source";
-        QTest::newRow("target is source") << "export --source de --target de proj" << "is the source";
+        QTest::newRow("target is source")
+            << "export --source de --target de proj" << "is the source";
         QTest::newRow("unknown format") << "export --source de -o x.txt proj" << "must end in";
         QTest::newRow("no such path") << "status --source de fehlt" << "fehlt: no such file";
-        QTest::newRow("template") << "import x.pot proj" << "x.pot: error: the file names no target language";
+        QTest::newRow("template")
+            << "import x.pot proj" << "x.pot: error: the file names no target language";
         QTest::newRow("earlier file of other languages")
             << "export --source de --target fr -o x.pot proj" << "not 'de' to 'fr'";
     }
@@ -439,7 +444,8 @@ private slots:
         if (import.code == 2)
             QCOMPARE(documents(), before);
         else // the other units go in, the faulty one does not
-            QVERIFY(read("proj/a.zyhelp").languages.value("en").sections.value(2).content != "Text drei\n");
+            QVERIFY(read("proj/a.zyhelp").languages.value("en").sections.value(2).content
+                    != "Text drei\n");
     }
 };
 

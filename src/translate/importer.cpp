@@ -242,7 +242,8 @@ bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool
         *error = QStringLiteral("%1: error: the file names no source language (PO: the "
                                 "X-Source-Language header; XLIFF: source-language)").arg(path);
     else if (header.sourceLanguage == header.targetLanguage)
-        *error = QStringLiteral("%1: error: the file translates '%2' into itself").arg(path, header.sourceLanguage);
+        *error = QStringLiteral("%1: error: the file translates '%2' into itself")
+                     .arg(path, header.sourceLanguage);
     if (!error->isEmpty())
         return false;
 

@@ -161,7 +161,8 @@ bool Parser::keyword(const QByteArray &text, qsizetype from, bool previous)
         m_ignored.clear();
         m_current = word == "msgid" ? &m_entry.previousId : &m_ignored;
         if (word != "msgid" && word != "msgctxt" && word != "msgid_plural")
-            return fail(from + 1, QStringLiteral("unknown keyword '%1'").arg(QString::fromUtf8(word)));
+            return fail(from + 1,
+                        QStringLiteral("unknown keyword '%1'").arg(QString::fromUtf8(word)));
         return string(text, end, m_current);
     }
     if ((word == "msgctxt" || word == "msgid") && m_entry.hasTranslation) {
@@ -177,7 +178,8 @@ bool Parser::keyword(const QByteArray &text, qsizetype from, bool previous)
         m_current = &m_entry.context;
     } else if (word == "msgid") {
         if (m_entry.hasId)
-            return fail(from + 1, QStringLiteral("msgid out of place: the entry before has no msgstr"));
+            return fail(from + 1,
+                        QStringLiteral("msgid out of place: the entry before has no msgstr"));
         m_entry.hasId = true;
         m_current = &m_entry.id;
     } else if (word == "msgid_plural") {
@@ -235,9 +237,11 @@ bool Parser::line(const QByteArray &text, qint64 number)
             qsizetype from = i + 2;
             while (from < text.size() && text.at(from) == ' ')
                 ++from;
-            if (from < text.size() && text.at(from) == '"') // a previous string goes on
-                return m_current ? string(text, from, m_current)
-                                 : fail(from + 1, QStringLiteral("a string that continues nothing"));
+            if (from < text.size() && text.at(from) == '"') { // a previous string goes on
+                if (!m_current)
+                    return fail(from + 1, QStringLiteral("a string that continues nothing"));
+                return string(text, from, m_current);
+            }
             return keyword(text, from, true);
         }
         if (kind == ',' && !obsolete) {

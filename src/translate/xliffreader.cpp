@@ -47,7 +47,8 @@ bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
             const QStringView name = xml.name();
             if (!seenRoot) {
                 seenRoot = true;
-                if (name != u"xliff" || !xml.attributes().value(QLatin1StringView("version")).startsWith(u"1."))
+                const QStringView version = xml.attributes().value(QLatin1StringView("version"));
+                if (name != u"xliff" || !version.startsWith(u"1."))
                     return fail(QStringLiteral("not XLIFF 1.x: the root element is <%1>")
                                     .arg(name.toString()));
             } else if (altDepth > 0 || name == u"alt-trans") {

@@ -72,7 +72,8 @@ void XliffWriter::write(const Catalog &catalog)
     writeHeader();
     qsizetype first = 0;
     for (qsizetype i = 1; i <= catalog.units.size(); ++i) {
-        if (i == catalog.units.size() || catalog.units.at(i).document != catalog.units.at(first).document) {
+        if (i == catalog.units.size()
+            || catalog.units.at(i).document != catalog.units.at(first).document) {
             writeDocument(catalog.units.mid(first, i - first));
             first = i;
         }

@@ -4,6 +4,8 @@
 #include "poreader.h"
 #include "xliffreader.h"
 
+#include <QBuffer>
+
 #include <QtTest>
 
 using namespace ZyHelp;
@@ -342,6 +344,82 @@ private slots:
         QCOMPARE(read("proj/a.zyhelp").languages.value("en").sections.value(2).content,
                  "Text three");
         QVERIFY(translate("import x.po proj").out.endsWith(" 0 documents written\n"));
+    }
+
+    void poReader_data()
+    {
+        QTest::addColumn<QByteArray>("po");
+        QTest::addColumn<QString>("expected"); // units as id|source|target|fuzzy|previous, or error
+        const QByteArray head = "msgid \"\"\nmsgstr \"Language: en\\n\"\n\n";
+        const auto row = [](const char *name, const QByteArray &po, const char *expected) {
+            QTest::newRow(name) << po << QString::fromUtf8(expected);
+        };
+        row("CR LF", "msgid \"\"\r\nmsgstr \"\"\r\n\r\nmsgctxt \"a#1/name\"\r\nmsgid \"x\"\r\n"
+                     "msgstr \"y\"\r\n", "a#1/name|x|y|0|");
+        row("escapes", head + "msgctxt \"i\"\nmsgid \"\\x41\\101\\t\\\\\\\"\"\nmsgstr \"\"\n",
+            "i|AA\t\\\"||0|");
+        row("previous", head + "#, c-format, fuzzy\n#| msgctxt \"i\"\n#| msgid \"\"\n#| \"a\"\n"
+                               "#| \"b\"\nmsgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"\n", "i|x|y|1|ab");
+        row("obsolete", head + "#~| msgid \"a\"\n#~ msgctxt \"i\"\n#~ msgid \"x\"\n"
+                               "#~ msgstr \"y\"\n", "");
+        row("plural", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgid_plural \"xs\"\n"
+                             "msgstr[0] \"y\"\nmsgstr[1] \"ys\"\n", "i|x||0|");
+        row("unknown escape", head + "msgid \"\\q\"\n", "4:8: unknown escape sequence");
+        row("no msgid", head + "msgctxt \"i\"\nmsgstr \"y\"\n", "5:1: msgstr without");
+        row("text after", head + "msgid \"x\" y\nmsgstr \"\"\n", "4:11: text after");
+        row("two headers", head + head, "4:1: a second header");
+        row("no header", "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"\"\n",
+            "1:1: no header entry");
+    }
+    void poReader()
+    {
+        QFETCH(QByteArray, po);
+        QBuffer buffer(&po);
+        buffer.open(QIODevice::ReadOnly);
+        Catalog catalog;
+        ReadError error;
+        QString units;
+        if (!PoReader().read(&buffer, &catalog, &error))
+            units = QString("%1:%2: %3").arg(error.line).arg(error.column).arg(error.message);
+        for (const TranslationUnit &u : std::as_const(catalog.units))
+            units += QStringLiteral("%1|%2|%3|%4|%5")
+                         .arg(u.id, u.source, u.target)
+                         .arg(u.fuzzy)
+                         .arg(u.previousSource);
+        QFETCH(QString, expected);
+        QVERIFY2(expected.isEmpty() ? units.isEmpty() : units.startsWith(expected),
+                 qPrintable(units));
+    }
+
+    void batches() // a document's units split between two batches still all go in, once
+    {
+        QVERIFY(QDir().mkpath(path("proj/viele")));
+        for (int i = 0; i < 1000; ++i) {
+            HelpData d;
+            for (int s = 0; s < 10; ++s)
+                d.languages["de"].sections.append({QString("N%1").arg(s), QString("T%1").arg(s)});
+            d.languages["de"].description = "D";
+            QVERIFY(HelpWriter().writeXml(d, path(QString("proj/viele/%1.zyhelp").arg(i))));
+        }
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
+        fill("x.po");
+        const Run import = translate("import x.po proj");
+        QCOMPARE(import.code, 0);
+        QCOMPARE(import.out.count("wrote "), 1002);
+        QCOMPARE(translate("status --source de proj").out.section('\n', -2), QString(
+            "en from de, 1002 documents: 21011 translated (21029 words), 0 untranslated (0 words), "
+            "1 not ready (1 words)\n"));
+    }
+
+    void earlierFileLeftAlone() // an earlier file that cannot be merged stays as it is
+    {
+        Test::writeFile(path("x.po"), "msgid \"x\"\n");
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 2);
+        QCOMPARE(Test::readFile(path("x.po")), "msgid \"x\"\n");
+        const Run out = translate("export --source de --target en proj"); // PO on stdout
+        QCOMPARE(out.code, 0);
+        QVERIFY(out.out.contains("\nmsgctxt \"kapitel/b.zyhelp#1/content\"\nmsgid \"Erster Text\"\n"
+                                 "msgstr \"First text\"\n"));
     }
 
     void status()

@@ -307,6 +307,13 @@ bool Parser::endEntry()
             entry.line = 0;
         }
     } reset{m_entry};
+    // Its faults are reported at its start; the line read goes on after it.
+    const struct LineBack
+    {
+        qint64 &line;
+        qint64 value;
+        ~LineBack() { line = value; }
+    } lineBack{m_line, m_line};
     const Entry &entry = m_entry;
     m_current = nullptr;
     if (!entry.hasId)

@@ -359,7 +359,8 @@ private slots:
         row("escapes", head + "msgctxt \"i\"\nmsgid \"\\x41\\101\\t\\\\\\\"\"\nmsgstr \"\"\n",
             "i|AA\t\\\"||0|");
         row("previous", head + "#, c-format, fuzzy\n#| msgctxt \"i\"\n#| msgid \"\"\n#| \"a\"\n"
-                               "#| \"b\"\nmsgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"\n", "i|x|y|1|ab");
+                               "#| \"b\"\nmsgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"\n",
+            "i|x|y|1|ab");
         row("obsolete", head + "#~| msgid \"a\"\n#~ msgctxt \"i\"\n#~ msgid \"x\"\n"
                                "#~ msgstr \"y\"\n", "");
         row("plural", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgid_plural \"xs\"\n"

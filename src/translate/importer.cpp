@@ -13,7 +13,7 @@ namespace ZyHelp::Translate {
 namespace {
 
 // Units held at once: a large file goes through in batches of this many.
-const qsizetype batchSize = 20000;
+const qsizetype batchSize = 4096;
 
 using Job = ImportJob;
 using JobResult = ImportJobResult;

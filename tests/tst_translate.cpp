@@ -447,6 +447,8 @@ private slots:
             << "export --source de --target de proj" << "is the source";
         QTest::newRow("unknown format") << "export --source de -o x.txt proj" << "must end in";
         QTest::newRow("no such path") << "status --source de fehlt" << "fehlt: no such file";
+        QTest::newRow("two documents, one id")
+            << "status --source de proj/a.zyhelp x/a.zyhelp" << "would give the same unit ids";
         QTest::newRow("template")
             << "import x.pot proj" << "x.pot: error: the file names no target language";
         QTest::newRow("earlier file of other languages")
@@ -457,6 +459,8 @@ private slots:
         QFETCH(QString, arguments);
         QFETCH(QString, message);
         QCOMPARE(translate("export --source de -o x.pot proj").code, 0);
+        QVERIFY(QDir().mkpath(path("x")));
+        QFile::copy(path("proj/a.zyhelp"), path("x/a.zyhelp")); // or there from a row before
         const Run result = translate(arguments);
         QCOMPARE(result.code, 2);
         QVERIFY2(result.err.contains(message), qPrintable(result.err));

@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSaveFile>
 
 #include <optional>
@@ -53,6 +54,19 @@ bool collect(const QStringList &paths, QList<DocumentEntry> *documents)
         }
     }
     *documents = collector.documents();
+    // A unit's id begins with its document's relative path: two documents of
+    // one run with the same one (a.zyhelp in two folders given) cannot be told apart.
+    QHash<QString, QString> byId;
+    for (const DocumentEntry &entry : std::as_const(*documents)) {
+        const QString other = byId.value(entry.relativePath);
+        if (!other.isEmpty()) {
+            usageError(QStringLiteral("%1 and %2 would give the same unit ids ('%3#...'); "
+                                      "give the folder or project that holds both")
+                           .arg(other, entry.displayPath, entry.relativePath));
+            usable = false;
+        }
+        byId.insert(entry.relativePath, entry.displayPath);
+    }
     return usable;
 }
 

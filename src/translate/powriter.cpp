@@ -163,7 +163,8 @@ void PoWriter::writeUnit(const TranslationUnit &unit)
     m_buffer += '\n';
     if (!unit.note.isEmpty())
         m_buffer += "#. " + QString(unit.note).replace(u'\n', u' ').toUtf8() + '\n';
-    m_buffer += "#: " + unit.document.toUtf8() + '\n';
+    if (!unit.document.isEmpty())
+        m_buffer += "#: " + unit.document.toUtf8() + '\n';
     if (unit.fuzzy) {
         m_buffer += "#, fuzzy\n";
         if (!unit.previousSource.isEmpty())

@@ -20,8 +20,19 @@ CatalogFile::Format CatalogFile::formatOf(const QString &path)
     return Unknown;
 }
 
+bool CatalogFile::check(const QString &path, Catalog *header, QString *errorString)
+{
+    return read(path, header, errorString, {}, true);
+}
+
 bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString,
                        const std::function<void(TranslationUnit &&)> &sink)
+{
+    return read(path, catalog, errorString, sink, false);
+}
+
+bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString,
+                       const std::function<void(TranslationUnit &&)> &sink, bool checkOnly)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
@@ -29,8 +40,13 @@ bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorStri
         return false;
     }
     ReadError error;
-    const bool read = formatOf(path) == Xliff ? XliffReader().read(&file, catalog, &error, sink)
-                                              : PoReader().read(&file, catalog, &error, sink);
+    bool read = false;
+    if (formatOf(path) == Xliff)
+        read = XliffReader().read(&file, catalog, &error,
+                                  checkOnly ? [](TranslationUnit &&) {} : sink);
+    else
+        read = checkOnly ? PoReader().check(&file, catalog, &error)
+                         : PoReader().read(&file, catalog, &error, sink);
     if (!read)
         *errorString = QStringLiteral("%1:%2:%3: error: %4")
                            .arg(path)

@@ -233,7 +233,7 @@ bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool
     // The whole file is read once before any document is touched, so that a
     // file found faulty halfway changes nothing; its units are dropped as read.
     Catalog header;
-    if (!CatalogFile::read(path, &header, error, [](TranslationUnit &&) {}))
+    if (!CatalogFile::check(path, &header, error))
         return false;
     if (header.targetLanguage.isEmpty())
         *error = QStringLiteral("%1: error: the file names no target language (PO: the "

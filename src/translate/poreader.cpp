@@ -59,10 +59,11 @@ class Parser
 {
 public:
     Parser(Catalog *catalog, ReadError *error,
-           const std::function<void(TranslationUnit &&)> &sink)
+           const std::function<void(TranslationUnit &&)> &sink, bool keepUnits = true)
         : m_catalog(catalog)
         , m_error(error)
         , m_sink(sink)
+        , m_keepUnits(keepUnits)
     {
     }
 
@@ -88,7 +89,8 @@ private:
     QByteArray m_ignored; // strings read but not kept
     qint64 m_line = 0;
     bool m_headerSeen = false;
-    QHash<QString, qint64> m_ids; // line of each id read
+    QHash<QByteArray, qint64> m_ids; // line of each id read, by the id in UTF-8
+    bool m_keepUnits = true; // false: the file is only checked
 };
 
 bool Parser::string(const QByteArray &text, qsizetype from, QByteArray *out)
@@ -329,24 +331,28 @@ bool Parser::endEntry()
         return readHeader(QString::fromUtf8(entry.translation));
     }
     // Octal and hexadecimal escapes give bytes, so the strings are checked again.
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    TranslationUnit unit;
-    unit.id = decoder(entry.context);
-    unit.source = decoder(entry.id);
-    unit.target = decoder(entry.translation);
-    unit.previousSource = decoder(entry.previousId);
-    if (decoder.hasError())
-        return fail(1, QStringLiteral("an escape gives a string that is not UTF-8"));
-    unit.fuzzy = entry.fuzzy;
-    unit.line = entry.line;
-    if (entry.plural)
-        unit.target.clear(); // help texts have no plural forms: nothing of ours
-    const auto seen = m_ids.constFind(unit.id);
+    for (const QByteArray *text : {&entry.context, &entry.id, &entry.translation,
+                                   &entry.previousId}) {
+        if (invalidUtf8(*text) >= 0)
+            return fail(1, QStringLiteral("an escape gives a string that is not UTF-8"));
+    }
+    const auto seen = m_ids.constFind(entry.context);
     if (seen != m_ids.cend())
         return fail(1, QStringLiteral("the id '%1' was given before, on line %2")
-                           .arg(unit.id)
+                           .arg(QString::fromUtf8(entry.context))
                            .arg(seen.value()));
-    m_ids.insert(unit.id, unit.line);
+    m_ids.insert(entry.context, entry.line);
+    if (!m_keepUnits)
+        return true;
+    TranslationUnit unit;
+    unit.id = QString::fromUtf8(entry.context);
+    unit.source = QString::fromUtf8(entry.id);
+    // Help texts have no plural forms: a plural entry is nothing of ours.
+    if (!entry.plural)
+        unit.target = QString::fromUtf8(entry.translation);
+    unit.previousSource = QString::fromUtf8(entry.previousId);
+    unit.fuzzy = entry.fuzzy;
+    unit.line = entry.line;
     if (m_sink)
         m_sink(std::move(unit));
     else
@@ -371,12 +377,23 @@ bool Parser::finish(qint64 lastLine)
 
 } // namespace
 
+bool PoReader::check(QIODevice *device, Catalog *catalog, ReadError *error)
+{
+    return read(device, catalog, error, {}, false);
+}
+
 bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
                     const std::function<void(TranslationUnit &&)> &sink)
 {
-    Parser parser(catalog, error, sink);
+    return read(device, catalog, error, sink, true);
+}
+
+bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
+                    const std::function<void(TranslationUnit &&)> &sink, bool keepUnits)
+{
+    Parser parser(catalog, error, sink, keepUnits);
     // Units take a few hundred bytes each: the list grows seldom.
-    if (!sink)
+    if (!sink && keepUnits)
         catalog->units.reserve(qsizetype(device->size() / 256));
     qint64 number = 0;
     QByteArray buffer(4096, Qt::Uninitialized); // one for every line

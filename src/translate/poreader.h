@@ -21,6 +21,12 @@ public:
     // large file need not be held whole.
     bool read(QIODevice *device, Catalog *catalog, ReadError *error,
               const std::function<void(TranslationUnit &&)> &sink = {});
+    // Reads the whole file for its faults and header only, keeping no unit.
+    bool check(QIODevice *device, Catalog *catalog, ReadError *error);
+
+private:
+    bool read(QIODevice *device, Catalog *catalog, ReadError *error,
+              const std::function<void(TranslationUnit &&)> &sink, bool keepUnits);
 };
 
 } // namespace ZyHelp::Translate

@@ -53,6 +53,7 @@ void benchProject();
 void benchEditor();
 void benchCheck();
 void benchPublish();
+void benchTranslate();
 // The child process of the editor part: opens the project file and prints the
 // time and the peak memory. Returns the exit code.
 int benchColdOpen(const QString &projectFile);

@@ -21,6 +21,7 @@ int main(int argc, char **argv)
         void (*run)();
     } parts[] = {{"documents", "Help documents", benchDocuments}, {"project", "Projects", benchProject},
                  {"editor", "Editor", benchEditor}, {"check", "Checker", benchCheck},
+                 {"translate", "Translation files", benchTranslate},
                  {"publish", "Publisher", benchPublish}};
     for (const auto &part : parts) {
         if (argc < 2 || std::strcmp(argv[1], part.name) == 0) {

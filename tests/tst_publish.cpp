@@ -77,7 +77,8 @@ int TestPublish::tool(const QString &program, const QStringList &arguments, QByt
 {
     QProcess process;
     process.start(program, arguments);
-    process.waitForFinished(120000);
+    if (!process.waitForFinished(120000))
+        return -1; // not started, or hanging
     if (output)
         *output = process.readAllStandardError() + process.readAllStandardOutput();
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
@@ -127,12 +128,12 @@ void TestPublish::site()
     QCOMPARE(tree(again), files);
     QCOMPARE(modes(again), QSet<QString>({QStringLiteral("d 750"), QStringLiteral("f 640")}));
 
-    if (QStandardPaths::findExecutable(QStringLiteral("tidy")).isEmpty())
-        QSKIP("tidy is not installed");
     for (const QString &page : std::as_const(pages)) {
         QByteArray output;
-        QVERIFY2(tool(QStringLiteral("tidy"), {QStringLiteral("-e"), QStringLiteral("-q"), page},
-                      &output) < 2,
+        // 1: warnings only (tidy calls aria-current proprietary); 2: errors.
+        const int status =
+            tool(QStringLiteral("tidy"), {QStringLiteral("-e"), QStringLiteral("-q"), page}, &output);
+        QVERIFY2(status == 0 || status == 1,
                  qPrintable(page + u'\n' + QString::fromUtf8(output)));
     }
 

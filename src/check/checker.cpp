@@ -22,14 +22,12 @@ struct DocumentFacts
     QStringList links;
 };
 
-// Why a description or section text still needs writing, or nothing. The
-// placeholders are the texts the editor puts into a new document, language
-// and section.
+// Why a description or section text still needs writing, or nothing.
 QString unwrittenReason(const QString &text)
 {
     if (text.isEmpty())
         return QStringLiteral("is empty");
-    if (text == u"..." || text == u"Neue Beschreibung")
+    if (isUnwritten(text))
         return QStringLiteral("is still the placeholder \"%1\"").arg(text);
     return QString();
 }

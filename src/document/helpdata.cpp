@@ -4,4 +4,9 @@ namespace ZyHelp {
 
 HelpData::HelpData() = default;
 
+bool isUnwritten(const QString &text)
+{
+    return text.isEmpty() || text == u"..." || text == u"Neue Beschreibung";
+}
+
 } // namespace ZyHelp

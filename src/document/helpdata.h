@@ -32,6 +32,11 @@ struct HelpData
     QStringList links;
 };
 
+// A description or section text that is empty or still the text the editor
+// puts into a new document ("Neue Beschreibung"), language or section ("..."):
+// nothing has been written there yet.
+bool isUnwritten(const QString &text);
+
 // How reading a document ended: whole, not at all, or stopped at a fault.
 struct ParseStatus
 {

@@ -1,0 +1,77 @@
+#include "catalogfile.h"
+
+#include "poreader.h"
+#include "powriter.h"
+#include "xliffreader.h"
+#include "xliffwriter.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+namespace ZyHelp::Translate {
+
+CatalogFile::Format CatalogFile::formatOf(const QString &path)
+{
+    const QString suffix = path.section(u'.', -1).toLower();
+    if (suffix == u"po" || suffix == u"pot")
+        return Po;
+    if (suffix == u"xlf" || suffix == u"xliff")
+        return Xliff;
+    return Unknown;
+}
+
+bool CatalogFile::check(const QString &path, Catalog *header, QString *errorString)
+{
+    return read(path, header, errorString, {}, true);
+}
+
+bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString,
+                       const std::function<void(TranslationUnit &&)> &sink)
+{
+    return read(path, catalog, errorString, sink, false);
+}
+
+bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString,
+                       const std::function<void(TranslationUnit &&)> &sink, bool checkOnly)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *errorString = QStringLiteral("%1: error: cannot open: %2").arg(path, file.errorString());
+        return false;
+    }
+    ReadError error;
+    bool read = false;
+    if (formatOf(path) == Xliff)
+        read = XliffReader().read(&file, catalog, &error,
+                                  checkOnly ? [](TranslationUnit &&) {} : sink);
+    else
+        read = checkOnly ? PoReader().check(&file, catalog, &error)
+                         : PoReader().read(&file, catalog, &error, sink);
+    if (!read)
+        *errorString = QStringLiteral("%1:%2:%3: error: %4")
+                           .arg(path)
+                           .arg(error.line)
+                           .arg(error.column)
+                           .arg(error.message);
+    return read;
+}
+
+bool CatalogFile::write(const QString &path, const Catalog &catalog, QString *errorString)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        *errorString = QStringLiteral("%1: error: cannot write: %2").arg(path, file.errorString());
+        return false;
+    }
+    if (formatOf(path) == Xliff)
+        XliffWriter(&file, catalog.sourceLanguage, catalog.targetLanguage).write(catalog);
+    else
+        PoWriter(&file).write(catalog);
+    if (!file.commit()) {
+        *errorString = QStringLiteral("%1: error: cannot write: %2").arg(path, file.errorString());
+        return false;
+    }
+    return true;
+}
+
+} // namespace ZyHelp::Translate

@@ -1,0 +1,100 @@
+#include "documentunits.h"
+
+namespace ZyHelp::Translate {
+
+QString unitId(const QString &relativePath, const UnitPlace &place)
+{
+    switch (place.kind) {
+    case UnitPlace::Description:
+        return relativePath + QStringLiteral("#description");
+    case UnitPlace::Name:
+        return relativePath + QStringLiteral("#%1/name").arg(place.section + 1);
+    case UnitPlace::Content:
+        break;
+    }
+    return relativePath + QStringLiteral("#%1/content").arg(place.section + 1);
+}
+
+bool parseUnitId(const QString &id, QString *relativePath, UnitPlace *place)
+{
+    const qsizetype hash = id.lastIndexOf(u'#');
+    if (hash <= 0)
+        return false;
+    *relativePath = id.left(hash);
+    const QStringView rest = QStringView(id).mid(hash + 1);
+    if (rest == u"description") {
+        *place = UnitPlace{UnitPlace::Description, 0};
+        return true;
+    }
+    const qsizetype slash = rest.indexOf(u'/');
+    if (slash < 0)
+        return false;
+    bool ok = false;
+    const qlonglong number = rest.left(slash).toLongLong(&ok);
+    const QStringView kind = rest.mid(slash + 1);
+    // Written as unitId writes it, so that "#02/name" is no second name for "#2/name".
+    if (!ok || number < 1 || number > 100000 || rest.left(slash) != QString::number(number)
+        || (kind != u"name" && kind != u"content"))
+        return false;
+    *place = UnitPlace{kind == u"name" ? UnitPlace::Name : UnitPlace::Content,
+                       qsizetype(number - 1)};
+    return true;
+}
+
+const QString *textAt(const HelpLanguage &language, const UnitPlace &place)
+{
+    if (place.kind == UnitPlace::Description)
+        return &language.description;
+    if (place.section >= language.sections.size())
+        return nullptr;
+    const HelpSection &section = language.sections.at(place.section);
+    return place.kind == UnitPlace::Name ? &section.name : &section.content;
+}
+
+QString &textAt(HelpLanguage &language, const UnitPlace &place)
+{
+    if (place.kind == UnitPlace::Description)
+        return language.description;
+    while (language.sections.size() <= place.section)
+        language.sections.append(HelpSection{QString(), QStringLiteral("...")});
+    HelpSection &section = language.sections[place.section];
+    return place.kind == UnitPlace::Name ? section.name : section.content;
+}
+
+QList<TranslationUnit> documentUnits(const HelpData &data, const QString &relativePath,
+                                     const QString &source, const QString &target)
+{
+    QList<TranslationUnit> units;
+    const auto sourceLanguage = data.languages.constFind(source);
+    if (sourceLanguage == data.languages.cend())
+        return units;
+    const auto targetLanguage = data.languages.constFind(target);
+    const auto add = [&](const UnitPlace &place, const QString &note) {
+        const QString &text = *textAt(*sourceLanguage, place);
+        if (isUnwritten(text))
+            return;
+        TranslationUnit unit;
+        unit.id = unitId(relativePath, place);
+        unit.source = text;
+        unit.document = relativePath;
+        unit.note = note;
+        if (targetLanguage != data.languages.cend()) {
+            const QString *translation = textAt(*targetLanguage, place);
+            if (translation && !isUnwritten(*translation))
+                unit.target = *translation;
+        }
+        units.append(unit);
+    };
+    add(UnitPlace{UnitPlace::Description, 0}, QStringLiteral("description of the document"));
+    const qsizetype count = sourceLanguage->sections.size();
+    for (qsizetype i = 0; i < count; ++i) {
+        const QString name = sourceLanguage->sections.at(i).name;
+        add(UnitPlace{UnitPlace::Name, i},
+            QStringLiteral("name of section %1 of %2").arg(i + 1).arg(count));
+        add(UnitPlace{UnitPlace::Content, i},
+            QStringLiteral("section %1 of %2, \"%3\"").arg(i + 1).arg(count).arg(name));
+    }
+    return units;
+}
+
+} // namespace ZyHelp::Translate

@@ -1,0 +1,259 @@
+#include "importer.h"
+
+#include "catalogfile.h"
+#include "documentunits.h"
+
+#include <QHash>
+#include <QtConcurrent/QtConcurrentMap>
+
+#include <algorithm>
+
+namespace ZyHelp::Translate {
+
+namespace {
+
+// Units held at once: a large file goes through in batches of this many.
+const qsizetype batchSize = 4096;
+
+using Job = ImportJob;
+using JobResult = ImportJobResult;
+
+// Characters that XML 1.0 cannot hold: a document with one would not read back.
+bool hasNonXmlCharacter(const QString &text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text.at(i).unicode();
+        if ((c < 0x20 && c != u'\t' && c != u'\n' && c != u'\r') || c == 0xFFFE || c == 0xFFFF)
+            return true;
+        if (QChar::isHighSurrogate(c) && i + 1 < text.size() && text.at(i + 1).isLowSurrogate())
+            ++i;
+        else if (QChar::isSurrogate(c))
+            return true;
+    }
+    return false;
+}
+
+bool sameLanguages(const HelpData &a, const HelpData &b)
+{
+    if (a.languages.keys() != b.languages.keys())
+        return false;
+    for (auto it = a.languages.cbegin(); it != a.languages.cend(); ++it) {
+        const HelpLanguage &other = b.languages.value(it.key());
+        if (it->description != other.description || it->sections.size() != other.sections.size())
+            return false;
+        for (qsizetype i = 0; i < it->sections.size(); ++i) {
+            if (it->sections.at(i).name != other.sections.at(i).name
+                || it->sections.at(i).content != other.sections.at(i).content)
+                return false;
+        }
+    }
+    return true;
+}
+
+JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogPath, bool dryRun)
+{
+    JobResult result;
+    const auto warn = [&](const TranslationUnit &unit, const QString &message) {
+        result.messages.append({unit.line, QStringLiteral("%1:%2: warning: %3: %4")
+                                               .arg(catalogPath)
+                                               .arg(unit.line)
+                                               .arg(unit.id, message)});
+        ++result.lost;
+    };
+    ParseStatus status;
+    const HelpData data = HelpParser().parse(job.entry->filePath, &status);
+    if (status.outcome != ParseStatus::Complete) {
+        const QString where = status.outcome == ParseStatus::Faulty
+            ? QStringLiteral("%1:%2:%3").arg(job.entry->displayPath).arg(status.line).arg(
+                status.column)
+            : job.entry->displayPath;
+        result.messages.append(
+            {job.units.first()->line,
+             QStringLiteral("%1: error: the document was not read whole (%2); not written, "
+                            "%3 units not applied")
+                 .arg(where, status.errorString)
+                 .arg(job.units.size())});
+        result.lost += job.units.size();
+        return result;
+    }
+
+    HelpData changed = data;
+    const auto source = data.languages.constFind(catalog.sourceLanguage);
+    for (const TranslationUnit *unit : job.units) {
+        if (unit->fuzzy || unit->target.isEmpty())
+            continue;
+        QString path;
+        UnitPlace place;
+        parseUnitId(unit->id, &path, &place);
+        const QString *today = source == data.languages.cend() ? nullptr : textAt(*source, place);
+        if (!today) {
+            warn(*unit, QStringLiteral("stale: the document has no such text in '%1' any more; "
+                                       "not applied")
+                            .arg(catalog.sourceLanguage));
+            continue;
+        }
+        if (*today != unit->source) {
+            warn(*unit, QStringLiteral("stale: the source text is not the one translated (a "
+                                       "section inserted, deleted, moved or edited since the "
+                                       "export); not applied"));
+            continue;
+        }
+        if (unit->target.startsWith(u'\n') != unit->source.startsWith(u'\n')
+            || unit->target.endsWith(u'\n') != unit->source.endsWith(u'\n')) {
+            warn(*unit, QStringLiteral("the translation and its source differ in a leading or "
+                                       "trailing line break (msgfmt -c rejects this); not "
+                                       "applied"));
+            continue;
+        }
+        if (hasNonXmlCharacter(unit->target)) {
+            warn(*unit, QStringLiteral("the translation holds a character that a document "
+                                       "cannot hold; not applied"));
+            continue;
+        }
+        HelpLanguage &target = changed.languages[catalog.targetLanguage];
+        if (!data.languages.contains(catalog.targetLanguage) && target.description.isEmpty())
+            target.description = QStringLiteral("...");
+        // Documents hold their texts trimmed: a translation is applied as it reads back.
+        textAt(target, place) = unit->target.trimmed();
+        ++result.applied;
+    }
+    if (sameLanguages(data, changed))
+        return result;
+    if (dryRun) {
+        result.change = QStringLiteral("would write %1").arg(job.entry->displayPath);
+    } else if (HelpWriter().writeXml(changed, job.entry->filePath)) {
+        result.change = QStringLiteral("wrote %1").arg(job.entry->displayPath);
+    } else {
+        result.messages.append({job.units.first()->line,
+                                QStringLiteral("%1: error: cannot write the document; %2 units "
+                                               "not applied")
+                                    .arg(job.entry->displayPath)
+                                    .arg(result.applied)});
+        result.lost += result.applied;
+        result.applied = 0;
+    }
+    return result;
+}
+
+} // namespace
+
+Importer::Importer(const Catalog &header, const QString &catalogPath,
+                   const QList<DocumentEntry> &documents, bool dryRun)
+    : m_header(header)
+    , m_catalogPath(catalogPath)
+    , m_documents(documents)
+    , m_dryRun(dryRun)
+{
+    for (const DocumentEntry &entry : documents)
+        m_documentIndex.insert(entry.relativePath, &entry - documents.constData());
+}
+
+Importer::~Importer()
+{
+    m_running.waitForFinished();
+}
+
+void Importer::add(TranslationUnit &&unit)
+{
+    m_pending.append(std::move(unit));
+    if (m_pending.size() >= batchSize)
+        startBatch();
+}
+
+void Importer::collect()
+{
+    const QList<JobResult> results = m_running.results();
+    for (const JobResult &job : results) {
+        m_messages.append(job.messages);
+        if (!job.change.isEmpty() && !m_changed.contains(job.change)) {
+            m_changed.insert(job.change);
+            m_result.changes.append(job.change);
+        }
+        m_result.applied += job.applied;
+        m_result.lost += job.lost;
+    }
+    m_running = QFuture<JobResult>();
+}
+
+// The batch before must be done: its documents may be this batch's too.
+void Importer::startBatch()
+{
+    collect();
+    m_runningUnits = std::move(m_pending);
+    m_pending = QList<TranslationUnit>();
+    QHash<qsizetype, qsizetype> jobIndex; // by document index
+    m_jobs.clear();
+    for (const TranslationUnit &unit : std::as_const(m_runningUnits)) {
+        QString path;
+        UnitPlace place;
+        const bool valid = parseUnitId(unit.id, &path, &place);
+        const qsizetype document = valid ? m_documentIndex.value(path, -1) : -1;
+        if (document < 0) {
+            // Only a translation makes a unit that cannot be placed a loss.
+            if (!unit.fuzzy && !unit.target.isEmpty()) {
+                m_messages.append({unit.line, QStringLiteral("%1:%2: warning: %3: %4; not applied")
+                                                  .arg(m_catalogPath)
+                                                  .arg(unit.line)
+                                                  .arg(unit.id,
+                                                       valid ? QStringLiteral("no document of "
+                                                                              "this run has "
+                                                                              "this path")
+                                                             : QStringLiteral("not a unit id of "
+                                                                              "zyhelptranslate"))});
+                ++m_result.lost;
+            }
+            continue;
+        }
+        auto job = jobIndex.constFind(document);
+        if (job == jobIndex.cend()) {
+            job = jobIndex.insert(document, m_jobs.size());
+            m_jobs.append(Job{&m_documents.at(document), {}});
+        }
+        m_jobs[*job].units.append(&unit);
+    }
+    m_running = QtConcurrent::mapped(m_jobs, [this](const Job &job) {
+        return runJob(job, m_header, m_catalogPath, m_dryRun);
+    });
+}
+
+ImportResult Importer::finish()
+{
+    startBatch();
+    collect();
+    std::stable_sort(m_messages.begin(), m_messages.end(),
+                     [](const auto &a, const auto &b) { return a.first < b.first; });
+    for (const auto &message : std::as_const(m_messages))
+        m_result.messages.append(message.second);
+    return m_result;
+}
+
+bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool dryRun,
+                ImportResult *result, QString *error)
+{
+    // The whole file is read once before any document is touched, so that a
+    // file found faulty halfway changes nothing; its units are dropped as read.
+    Catalog header;
+    if (!CatalogFile::check(path, &header, error))
+        return false;
+    if (header.targetLanguage.isEmpty())
+        *error = QStringLiteral("%1: error: the file names no target language (PO: the "
+                                "Language header; XLIFF: target-language)").arg(path);
+    else if (header.sourceLanguage.isEmpty())
+        *error = QStringLiteral("%1: error: the file names no source language (PO: the "
+                                "X-Source-Language header; XLIFF: source-language)").arg(path);
+    else if (header.sourceLanguage == header.targetLanguage)
+        *error = QStringLiteral("%1: error: the file translates '%2' into itself")
+                     .arg(path, header.sourceLanguage);
+    if (!error->isEmpty())
+        return false;
+
+    Importer importer(header, path, documents, dryRun);
+    Catalog again;
+    if (!CatalogFile::read(path, &again, error,
+                           [&](TranslationUnit &&unit) { importer.add(std::move(unit)); }))
+        return false; // changed since the first read
+    *result = importer.finish();
+    return true;
+}
+
+} // namespace ZyHelp::Translate

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "catalog.h"
+
+class QIODevice;
+
+namespace ZyHelp::Translate {
+
+// Writes a catalog as XLIFF 1.2 (the strict schema): one <file> per document,
+// a fuzzy unit's target in state "needs-adaptation" with the earlier source
+// and translation as an <alt-trans> of type "previous-version".
+class XliffWriter
+{
+public:
+    XliffWriter(QIODevice *device, const QString &sourceLanguage, const QString &targetLanguage);
+
+    void writeHeader();
+    // One document's <file>; units of one document, as documents can be written
+    // apart from each other (on several threads) and joined.
+    void writeDocument(const QList<TranslationUnit> &units);
+    void finish();
+
+    void write(const Catalog &catalog);
+
+private:
+    QIODevice *m_device;
+    QString m_sourceLanguage;
+    QString m_targetLanguage;
+};
+
+} // namespace ZyHelp::Translate

@@ -1,0 +1,538 @@
+#include "testutil.h"
+
+#include "catalogfile.h"
+#include "poreader.h"
+#include "xliffreader.h"
+
+#include <QBuffer>
+
+#include <QtTest>
+
+using namespace ZyHelp;
+using namespace ZyHelp::Translate;
+
+namespace {
+
+// Every rule of escaping at once: quotes, backslashes, tabs, several lines, umlauts, <&>, non-BMP.
+const QString hard = QStringLiteral("Er sagte \"Hallo\" \\ und\tging.\nZweite Zeile\n\n"
+                                    "Dritte: <&> Größe \U0001F600 \\n ist kein Umbruch");
+
+struct Run
+{
+    int code = -1;
+    QString out;
+    QString err;
+};
+
+class tst_Translate : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    QString path(const QString &name) const { return m_dir.filePath(name); }
+
+    Run run(const QString &program, const QStringList &arguments) const
+    {
+        QProcess process;
+        process.setWorkingDirectory(m_dir.path());
+        process.start(program, arguments);
+        Run result;
+        if (process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit)
+            result.code = process.exitCode();
+        result.out = QString::fromUtf8(process.readAllStandardOutput());
+        result.err = QString::fromUtf8(process.readAllStandardError());
+        return result;
+    }
+    Run translate(const QString &arguments) const
+    {
+        return run(ZY_TRANSLATE_BINARY, arguments.split(u' '));
+    }
+
+    // The sample project: a.zyhelp in German only, with a placeholder section that is
+    // nothing to translate; kapitel/b.zyhelp half translated into English.
+    void makeProject() const
+    {
+        QDir(path("proj")).removeRecursively();
+        HelpData a;
+        a.languages["de"] = HelpLanguage{"Harte Texte", {{"Zitat", hard}, {"Leer", "..."},
+                                                         {"Drei", "Text drei"}}};
+        HelpData b;
+        b.languages["de"] = HelpLanguage{"Kapitel", {{"Eins", "Erster Text"}, {"Zwei", "Zweiter"}}};
+        b.languages["en"] = HelpLanguage{"Chapter", {{"One", "First text"}}};
+        QVERIFY(QDir().mkpath(path("proj/kapitel")));
+        QVERIFY(HelpWriter().writeXml(a, path("proj/a.zyhelp")));
+        QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
+        Test::writeFile(path("proj/p.zyproject"), "<zyproject name=\"p\"><file>a.zyhelp</file>"
+                                                  "<file>kapitel/b.zyhelp</file></zyproject>\n");
+    }
+
+    QMap<QString, QByteArray> documents() const
+    {
+        QMap<QString, QByteArray> bytes;
+        for (const char *name : {"proj/a.zyhelp", "proj/kapitel/b.zyhelp"})
+            bytes.insert(name, Test::readFile(path(name)));
+        return bytes;
+    }
+
+    HelpData read(const QString &name) const { return HelpParser().parse(path(name)); }
+
+    // Translations by a translator's tool: msgen copies each source into its empty
+    // translation; an XLIFF file gets them through our reader and writer.
+    void fill(const QString &file) const
+    {
+        if (CatalogFile::formatOf(file) == CatalogFile::Po) {
+            QCOMPARE(run("msgen", {file, "-o", file}).code, 0);
+            return;
+        }
+        Catalog catalog;
+        QString error;
+        QVERIFY2(CatalogFile::read(path(file), &catalog, &error), qPrintable(error));
+        for (TranslationUnit &unit : catalog.units) {
+            if (unit.target.isEmpty())
+                unit.target = unit.source;
+        }
+        QVERIFY(CatalogFile::write(path(file), catalog, &error));
+    }
+
+    // The check of the translators' tools: msgfmt -c for PO, the strict schema for XLIFF.
+    void validate(const QString &file) const
+    {
+        const Run check = CatalogFile::formatOf(file) == CatalogFile::Po
+            ? run("msgfmt", {"-c", "-o", "/dev/null", file})
+            : run("xmllint", {"--noout", "--schema", ZY_XLIFF_SCHEMA, file});
+        QVERIFY2(check.code == 0, qPrintable(check.err));
+    }
+
+    // Every translated text in English stands where its German source stands.
+    void verifyInPlace(const QString &name, const std::function<QString(QString)> &expected)
+    {
+        const HelpData data = read(name);
+        const HelpLanguage de = data.languages.value("de");
+        const HelpLanguage en = data.languages.value("en");
+        for (qsizetype i = 0; i < en.sections.size(); ++i) {
+            const HelpSection &s = en.sections.at(i);
+            if (s.content != "..." && !s.content.contains("First text"))
+                QCOMPARE(s.content, expected(de.sections.value(i).content));
+            if (!s.name.isEmpty() && !s.name.contains("One"))
+                QCOMPARE(s.name, expected(de.sections.value(i).name));
+        }
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(QFile::exists(ZY_XLIFF_SCHEMA),
+                 "no XLIFF schema: run scripts/fetch-xliff-schema.sh or set ZY_XLIFF_SCHEMA");
+    }
+    void init()
+    {
+        makeProject();
+        for (const char *file : {"x.po", "y.po", "x.pot", "x.xlf", "x.xliff"})
+            QFile::remove(path(file));
+    }
+
+    void exportsPassTheirTools_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("changed"); // what a merged export must hold
+        QTest::newRow("po") << "x.po" << "en" << "";
+        QTest::newRow("pot") << "x.pot" << "" << "";
+        QTest::newRow("xliff") << "x.xlf" << "en" << "";
+        QTest::newRow("xliff template") << "x.xliff" << "" << "";
+        QTest::newRow("po merged") << "x.po" << "en" << "#| msgid \"Erster Text\"";
+        QTest::newRow("xliff merged") << "x.xlf" << "en" << "state=\"needs-adaptation\"";
+    }
+    void exportsPassTheirTools()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, target);
+        QFETCH(QString, changed);
+        const QString arguments = QStringLiteral("export --source de%1 -o %2 proj")
+                                      .arg(target.isEmpty() ? "" : " --target " + target, file);
+        QCOMPARE(translate(arguments).code, 0);
+        if (!changed.isEmpty()) {
+            HelpData b = read("proj/kapitel/b.zyhelp");
+            b.languages["de"].sections[0].content = "Erster Text, neu";
+            QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
+            QCOMPARE(translate(arguments).code, 0);
+        }
+        validate(file);
+        const QString text = QString::fromUtf8(Test::readFile(path(file)));
+        QVERIFY(text.contains(changed));
+        if (CatalogFile::formatOf(file) == CatalogFile::Po) { // wrapped as gettext wraps
+            QCOMPARE(run("msgcat", {file, "-o", "gettext.po"}).code, 0);
+            QCOMPARE(Test::readFile(path("gettext.po")), text.toUtf8());
+        }
+        QVERIFY(!text.contains("a.zyhelp#2/content")); // a placeholder is not exported
+    }
+
+    void roundTrip_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QStringList>("rewrite"); // a tool that rewrites the filled file
+        QTest::addColumn<QString>("decoration"); // what it puts around each translation
+        QTest::newRow("po") << "x.po" << QStringList() << "%1";
+        QTest::newRow("po rewrapped by msgcat")
+            << "x.po" << QStringList{"msgcat", "--width=20", "x.po", "-o", "x.po"} << "%1";
+        QTest::newRow("po without wrapping, msgcat")
+            << "x.po" << QStringList{"msgcat", "--no-wrap", "x.po", "-o", "x.po"} << "%1";
+        QTest::newRow("po rewritten by translate-toolkit")
+            << "x.po" << QStringList{"podebug", "--rewrite=xxx", "-i", "x.po", "-o", "y.po"}
+            << "xxx%1xxx";
+        QTest::newRow("xliff") << "x.xlf" << QStringList() << "%1";
+    }
+    void roundTrip()
+    {
+        QFETCH(QString, file);
+        QFETCH(QStringList, rewrite);
+        QFETCH(QString, decoration);
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        fill(file);
+        if (!rewrite.isEmpty()) {
+            QCOMPARE(run(rewrite.takeFirst(), rewrite).code, 0);
+            file = rewrite.last();
+        }
+        validate(file);
+        const Run import = translate("import " + file + " proj/p.zyproject");
+        QVERIFY2(import.code == 0, qPrintable(import.err));
+        QVERIFY(import.out.contains("wrote proj/a.zyhelp\nwrote proj/kapitel/b.zyhelp\n"));
+        const auto expected = [&](const QString &source) { return decoration.arg(source); };
+        QCOMPARE(read("proj/a.zyhelp").languages.value("en").sections.value(0).content,
+                 expected(hard));
+        QCOMPARE(read("proj/a.zyhelp").languages.value("en").description, expected("Harte Texte"));
+        verifyInPlace("proj/a.zyhelp", expected);
+        verifyInPlace("proj/kapitel/b.zyhelp", expected);
+        QCOMPARE(read("proj/kapitel/b.zyhelp").languages.value("en").sections.size(), 2);
+    }
+
+    void unchangedFileChangesNoByte_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::newRow("po") << "x.po";
+        QTest::newRow("xliff") << "x.xlf";
+    }
+    void unchangedFileChangesNoByte()
+    {
+        QFETCH(QString, file);
+        QCOMPARE(run("cp", {"-R", ZY_TRANSLATE_DATA "/../../examples/handbuch/.", "proj"}).code, 0);
+        const QMap<QString, QByteArray> before = documents();
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        const Run import = translate("import " + file + " proj");
+        QCOMPARE(import.code, 0);
+        QVERIFY2(import.out.endsWith(" 0 documents written\n"), qPrintable(import.out));
+        QCOMPARE(documents(), before);
+    }
+
+    void mergeKeepsTranslations_data() { unchangedFileChangesNoByte_data(); }
+    void mergeKeepsTranslations()
+    {
+        QFETCH(QString, file);
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        fill(file);
+        HelpData a = read("proj/a.zyhelp");
+        a.languages["de"].sections[0].content = "Neu";
+        a.languages["de"].sections.append(HelpSection{"Vier", "Text vier"});
+        QVERIFY(HelpWriter().writeXml(a, path("proj/a.zyhelp")));
+        HelpData b = read("proj/kapitel/b.zyhelp");
+        b.languages["de"].sections.removeLast();
+        QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        validate(file);
+
+        Catalog merged;
+        QString error;
+        QVERIFY2(CatalogFile::read(path(file), &merged, &error), qPrintable(error));
+        QHash<QString, TranslationUnit> units;
+        for (const TranslationUnit &unit : std::as_const(merged.units))
+            units.insert(unit.id, unit);
+        const TranslationUnit edited = units.value("a.zyhelp#1/content");
+        QVERIFY(edited.fuzzy);
+        QCOMPARE(edited.previousSource, hard);
+        QCOMPARE(edited.target, hard); // the earlier translation, kept
+        QVERIFY(!units.value("a.zyhelp#1/name").fuzzy);
+        QCOMPARE(units.value("a.zyhelp#1/name").target, "Zitat");
+        QVERIFY(units.value("a.zyhelp#4/content").target.isEmpty()); // new
+        QVERIFY(!units.value("a.zyhelp#4/content").fuzzy);
+        QVERIFY(!units.contains("a.zyhelp#2/content")); // a placeholder
+        QVERIFY(!units.contains("kapitel/b.zyhelp#2/content")); // gone
+        QCOMPARE(units.value("kapitel/b.zyhelp#1/content").target, "First text");
+        QCOMPARE(merged.units.size(), 8 + 3);
+    }
+
+    void staleUnitsLandNowhere_data() { unchangedFileChangesNoByte_data(); }
+    void staleUnitsLandNowhere()
+    {
+        QFETCH(QString, file);
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        fill(file);
+        HelpData a = read("proj/a.zyhelp");
+        a.languages["de"].sections.insert(0, {"Davor", "Eingefügt"}); // every section moves on
+        QVERIFY(HelpWriter().writeXml(a, path("proj/a.zyhelp")));
+        HelpData b = read("proj/kapitel/b.zyhelp");
+        b.languages["de"].sections.swapItemsAt(0, 1);
+        b.languages["de"].description = "Kapitel, neu";
+        QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
+
+        const QMap<QString, QByteArray> before = documents();
+        const Run dry = translate("import --dry-run " + file + " proj");
+        QCOMPARE(dry.code, 1);
+        QCOMPARE(documents(), before);
+        const Run import = translate("import " + file + " proj");
+        QCOMPARE(import.code, 1);
+        QCOMPARE(import.err, dry.err);
+        QCOMPARE(import.out,
+                 QString(dry.out).replace("would write", "wrote").replace("to write", "written"));
+        QVERIFY(import.err.contains(QRegularExpression("^" + file + ":\\d+: warning: "
+                                                       "kapitel/b.zyhelp#description: stale",
+                                                       QRegularExpression::MultilineOption)));
+        verifyInPlace("proj/a.zyhelp", [](const QString &source) { return source; });
+        verifyInPlace("proj/kapitel/b.zyhelp", [](const QString &source) { return source; });
+    }
+
+    void gettextFeatures() // only plain, current entries change a document
+    {
+        const QByteArray b = Test::readFile(path("proj/kapitel/b.zyhelp"));
+        const Run import = translate("import " ZY_TRANSLATE_DATA "/gettext-features.po proj");
+        QVERIFY2(import.code == 0, qPrintable(import.err));
+        QCOMPARE(import.out, "wrote proj/a.zyhelp\n2 translations in place, 0 not applied, "
+                             "1 document written\n");
+        QCOMPARE(Test::dump(read("proj/a.zyhelp")).section(" [en:", 1),
+                 "Hard \"texts\"\" (:...) (:...) (:Text three)] links:");
+        QCOMPARE(Test::readFile(path("proj/kapitel/b.zyhelp")), b);
+    }
+
+    void catToolXliff() // their states, inline markup and suggestions
+    {
+        const Run import = translate("import " ZY_TRANSLATE_DATA "/cat-tool.xlf proj");
+        QVERIFY2(import.code == 0, qPrintable(import.err));
+        QCOMPARE(import.out, "wrote proj/a.zyhelp\n3 translations in place, 0 not applied, "
+                             "1 document written\n");
+        QCOMPARE(Test::dump(read("proj/a.zyhelp")).section(" [en:", 1),
+                 "Hard texts (:...) (:...) (Three:Text three)] links:");
+    }
+
+    void faultyDocuments() // reported, never written, and the others go on
+    {
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
+        fill("x.po");
+        const QByteArray faulty = Test::readFile(path("proj/a.zyhelp")).replace("</lang>", "");
+        Test::writeFile(path("proj/a.zyhelp"), faulty);
+        const Run import = translate("import x.po proj");
+        QCOMPARE(import.code, 1);
+        QVERIFY2(import.err.contains(QRegularExpression("^proj/a.zyhelp:\\d+:\\d+: error: the "
+                                                        "document was not read whole")),
+                 qPrintable(import.err));
+        QCOMPARE(Test::readFile(path("proj/a.zyhelp")), faulty);
+        QCOMPARE(import.out, "wrote proj/kapitel/b.zyhelp\n5 translations in place, 6 not "
+                             "applied, 1 document written\n");
+        const Run again = translate("export --source de --target en -o x.po proj");
+        QCOMPARE(again.code, 1);
+        QVERIFY(again.err.startsWith("proj/a.zyhelp:"));
+        QVERIFY(Test::readFile(path("x.po")).contains("msgstr \"Zweiter\""));
+    }
+
+    void spacesAroundTranslations() // trimmed as documents hold texts: a second import is idle
+    {
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
+        QByteArray po = Test::readFile(path("x.po"));
+        po.replace("msgid \"Text drei\"\nmsgstr \"\"",
+                   "msgid \"Text drei\"\nmsgstr \"  Text three\t \"");
+        Test::writeFile(path("x.po"), po);
+        QCOMPARE(translate("import x.po proj").code, 0);
+        QCOMPARE(read("proj/a.zyhelp").languages.value("en").sections.value(2).content,
+                 "Text three");
+        QVERIFY(translate("import x.po proj").out.endsWith(" 0 documents written\n"));
+    }
+
+    void poReader_data()
+    {
+        QTest::addColumn<QByteArray>("po");
+        QTest::addColumn<QString>("expected"); // units as id|source|target|fuzzy|previous, or error
+        const QByteArray head = "msgid \"\"\nmsgstr \"Language: en\\n\"\n\n";
+        const auto row = [](const char *name, const QByteArray &po, const char *expected) {
+            QTest::newRow(name) << po << QString::fromUtf8(expected);
+        };
+        row("CR LF", "msgid \"\"\r\nmsgstr \"\"\r\n\r\nmsgctxt \"a#1/name\"\r\nmsgid \"x\"\r\n"
+                     "msgstr \"y\"\r\n", "a#1/name|x|y|0|");
+        row("escapes", head + "msgctxt \"i\"\nmsgid \"\\x41\\101\\t\\\\\\\"\"\nmsgstr \"\"\n",
+            "i|AA\t\\\"||0|");
+        row("previous", head + "#, c-format, fuzzy\n#| msgctxt \"i\"\n#| msgid \"\"\n#| \"a\"\n"
+                               "#| \"b\"\nmsgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"\n",
+            "i|x|y|1|ab");
+        row("obsolete", head + "#~| msgid \"a\"\n#~ msgctxt \"i\"\n#~ msgid \"x\"\n"
+                               "#~ msgstr \"y\"\n", "");
+        row("plural", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgid_plural \"xs\"\n"
+                             "msgstr[0] \"y\"\nmsgstr[1] \"ys\"\n", "i|x||0|");
+        row("unknown escape", head + "msgid \"\\q\"\n", "4:8: unknown escape sequence");
+        row("no msgid", head + "msgctxt \"i\"\nmsgstr \"y\"\n", "5:1: msgstr without");
+        row("text after", head + "msgid \"x\" y\nmsgstr \"\"\n", "4:11: text after");
+        row("two headers", head + head, "4:1: a second header");
+        row("no header", "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"\"\n",
+            "1:1: no header entry");
+    }
+    void poReader()
+    {
+        QFETCH(QByteArray, po);
+        QBuffer buffer(&po);
+        buffer.open(QIODevice::ReadOnly);
+        Catalog catalog;
+        ReadError error;
+        QString units;
+        if (!PoReader().read(&buffer, &catalog, &error))
+            units = QString("%1:%2: %3").arg(error.line).arg(error.column).arg(error.message);
+        for (const TranslationUnit &u : std::as_const(catalog.units))
+            units += QStringLiteral("%1|%2|%3|%4|%5")
+                         .arg(u.id, u.source, u.target)
+                         .arg(u.fuzzy)
+                         .arg(u.previousSource);
+        QFETCH(QString, expected);
+        QVERIFY2(expected.isEmpty() ? units.isEmpty() : units.startsWith(expected),
+                 qPrintable(units));
+    }
+
+    void batches() // a document's units split between two batches still all go in, once
+    {
+        QVERIFY(QDir().mkpath(path("proj/viele")));
+        for (int i = 0; i < 1000; ++i) {
+            HelpData d;
+            for (int s = 0; s < 10; ++s)
+                d.languages["de"].sections.append({QString("N%1").arg(s), QString("T%1").arg(s)});
+            d.languages["de"].description = "D";
+            QVERIFY(HelpWriter().writeXml(d, path(QString("proj/viele/%1.zyhelp").arg(i))));
+        }
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
+        fill("x.po");
+        const Run import = translate("import x.po proj");
+        QCOMPARE(import.code, 0);
+        QCOMPARE(import.out.count("wrote "), 1002);
+        QCOMPARE(translate("status --source de proj").out.section('\n', -2), QString(
+            "en from de, 1002 documents: 21011 translated (21029 words), 0 untranslated (0 words), "
+            "1 not ready (1 words)\n"));
+    }
+
+    void earlierFileLeftAlone() // an earlier file that cannot be merged stays as it is
+    {
+        Test::writeFile(path("x.po"), "msgid \"x\"\n");
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 2);
+        QCOMPARE(Test::readFile(path("x.po")), "msgid \"x\"\n");
+        const Run out = translate("export --source de --target en proj"); // PO on stdout
+        QCOMPARE(out.code, 0);
+        QVERIFY(out.out.contains("\nmsgctxt \"kapitel/b.zyhelp#1/content\"\nmsgid \"Erster Text\"\n"
+                                 "msgstr \"First text\"\n"));
+    }
+
+    void status()
+    {
+        HelpData c;
+        c.languages["de"] = HelpLanguage{"Neue Beschreibung", {{"Eins", "Ein Wort"}}};
+        c.languages["fr"] = HelpLanguage{"...", {{"Un", "Un mot"}}};
+        QVERIFY(HelpWriter().writeXml(c, path("proj/c.zyhelp")));
+        const Run json = translate("status --source de --format json proj");
+        QCOMPARE(json.code, 0);
+        QCOMPARE(json.out.toUtf8(), Test::readFile(ZY_TRANSLATE_DATA "/status.json"));
+        const Run text = translate("status --source de proj/p.zyproject");
+        QVERIFY(text.out.contains("\nen from de, 3 documents: 3 translated (4 words), "
+                                  "10 untranslated (28 words), 2 not ready (3 words)\n"));
+    }
+
+    void usageErrors_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no command") << "" << "no command given";
+        QTest::newRow("no source") << "export --target en proj" << "export needs --source";
+        QTest::newRow("target is source")
+            << "export --source de --target de proj" << "is the source";
+        QTest::newRow("unknown format") << "export --source de -o x.txt proj" << "must end in";
+        QTest::newRow("no such path") << "status --source de fehlt" << "fehlt: no such file";
+        QTest::newRow("two documents, one id")
+            << "status --source de proj/a.zyhelp x/a.zyhelp" << "would give the same unit ids";
+        QTest::newRow("template")
+            << "import x.pot proj" << "x.pot: error: the file names no target language";
+        QTest::newRow("earlier file of other languages")
+            << "export --source de --target fr -o x.pot proj" << "not 'de' to 'fr'";
+    }
+    void usageErrors()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QString, message);
+        QCOMPARE(translate("export --source de -o x.pot proj").code, 0);
+        QVERIFY(QDir().mkpath(path("x")));
+        QFile::copy(path("proj/a.zyhelp"), path("x/a.zyhelp")); // or there from a row before
+        const Run result = translate(arguments);
+        QCOMPARE(result.code, 2);
+        QVERIFY2(result.err.contains(message), qPrintable(result.err));
+    }
+
+    void badInput_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("from");
+        QTest::addColumn<QByteArray>("to");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("message");
+        const auto row = [](const char *name, const char *file, const QByteArray &from,
+                            const QByteArray &to, int code, const char *message) {
+            QTest::newRow(name) << file << from << to << code << message;
+        };
+        row("po truncated", "x.po", "ging.", "", 2, ":\\d+:\\d+: error: the string is not closed");
+        row("xliff truncated", "x.xlf", "ging.", "", 2, ":\\d+:\\d+: error: Premature end");
+        row("po not UTF-8", "x.po", "Text drei\"\n", "Text dr\xe4i\"\n", 2, ": error: not UTF-8");
+        row("xliff not UTF-8", "x.xlf", "Text drei<", "Text dr\xe4i<", 2, "incorrectly encoded");
+        row("xliff Latin-1", "x.xlf", "UTF-8", "ISO-8859-1", 2, "ISO-8859-1; translations are");
+        row("po BOM", "x.po", "#", "\xef\xbb\xbf#", 2, ":1:1: error: the file starts with a "
+                                                      "byte-order mark");
+        row("xliff BOM", "x.xlf", "<?xml", "\xef\xbb\xbf<?xml", 2, "byte-order mark");
+        row("po duplicate id", "x.po", "\n#. name of section 3", "\n#. name of section 3 of 3\n"
+            "msgctxt \"a.zyhelp#description\"\nmsgid \"x\"\nmsgstr \"\"\n\n#. name of section 3",
+            2, "the id 'a.zyhelp#description' was given before, on line");
+        row("xliff duplicate id", "x.xlf", "#3/name", "#description", 2, "was given before");
+        row("another project's ids", "x.po", "a.zyhelp#", "z.zyhelp#", 1,
+            "z.zyhelp#description: no document of this run has this path");
+        row("no Language header", "x.po", "\"Language: en\\n\"\n", "", 2, "names no target");
+        row("source as target", "x.po", "Language: en", "Language: de", 2, "into itself");
+        row("xliff source as target", "x.xlf", "target-language=\"en\"", "target-language=\"de\"",
+            2, "into itself");
+        row("po cut after a msgid", "x.po", "msgstr \"Text drei\"", "", 2,
+            "error: the file ends in an entry without msgstr");
+        row("po in Latin-1", "x.po", "charset=UTF-8", "charset=ISO-8859-1", 2,
+            ":\\d+:1: error: the charset is ISO-8859-1; only UTF-8 is read");
+        row("not XLIFF", "x.xlf", "<xliff", "<tmx", 2, "not XLIFF 1.x: the root element is <tmx>");
+        row("not one of our ids", "x.po", "a.zyhelp#3/content", "a.zyhelp#3/inhalt", 1,
+            "a.zyhelp#3/inhalt: not a unit id of zyhelptranslate; not applied");
+        row("a control character", "x.po", "msgstr \"Text drei\"", "msgstr \"Text\\001drei\"", 1,
+            "a.zyhelp#3/content: the translation holds a character that a document cannot hold");
+        row("trailing line break", "x.po", "msgstr \"Text drei\"", "msgstr \"Text drei\\n\"", 1,
+            "#3/content: the translation and its source differ in a leading or trailing line");
+    }
+    void badInput()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, from);
+        QFETCH(QByteArray, to);
+        QFETCH(QString, message);
+        QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
+        fill(file);
+        QByteArray bytes = Test::readFile(path(file));
+        const qsizetype at = bytes.indexOf(from);
+        QVERIFY(at >= 0);
+        bytes = to.isEmpty() ? bytes.left(at) : bytes.replace(from, to);
+        Test::writeFile(path(file), bytes);
+        const QMap<QString, QByteArray> before = documents();
+        const Run import = translate("import " + file + " proj");
+        QTEST(import.code, "code");
+        QVERIFY2(import.err.contains(QRegularExpression(message)), qPrintable(import.err));
+        if (import.code == 2)
+            QCOMPARE(documents(), before);
+        else // the other units go in, the faulty one does not
+            QVERIFY(read("proj/a.zyhelp").languages.value("en").sections.value(2).content
+                    != "Text drei\n");
+    }
+};
+
+} // namespace
+
+QTEST_GUILESS_MAIN(tst_Translate)
+#include "tst_translate.moc"

@@ -110,12 +110,13 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
     QSaveFile file(output);
     QFile standardOutput;
     QFileDevice *device = &file;
-    if (output.isEmpty()) {
+    if (output.isEmpty())
         device = &standardOutput;
-        standardOutput.open(stdout, QIODevice::WriteOnly);
-    } else if (!file.open(QIODevice::WriteOnly)) {
+    if (output.isEmpty() ? !standardOutput.open(stdout, QIODevice::WriteOnly)
+                         : !file.open(QIODevice::WriteOnly)) {
         write(stderr, QStringLiteral("%1: error: cannot write: %2\n")
-                          .arg(output, file.errorString())
+                          .arg(output.isEmpty() ? QStringLiteral("stdout") : output,
+                               device->errorString())
                           .toUtf8());
         return Failed;
     }

@@ -12,6 +12,7 @@
 #include <QStyle>
 
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -119,6 +120,17 @@ QList<QTreeWidgetItem *> languageNodes(const QString &filePath, const ZyHelp::He
     return nodes;
 }
 
+// A document's file node with its language and section nodes, in no tree yet and
+// without its icon: a node outside any tree may be made on any thread, an icon not.
+QTreeWidgetItem *documentBranch(const QString &entry, const QString &filePath,
+                                const ZyHelp::HelpData &document)
+{
+    const QString fileName = entry.mid(entry.lastIndexOf(QLatin1Char('/')) + 1);
+    auto *fileItem = new ProjectItem(MainWindow::TypeFile, fileName, filePath);
+    fileItem->addChildren(languageNodes(filePath, document));
+    return fileItem;
+}
+
 // The wait cursor for as long as it lives.
 class WaitCursor
 {
@@ -224,14 +236,23 @@ void MainWindow::loadProjectView()
     m_documentItems.clear();
     m_helpFiles.clear();
     m_partlyRead.clear();
+    // The nodes of a document are made by the pool thread that reads it, while
+    // this thread hangs the finished branches under their folders in list order.
+    std::vector<QTreeWidgetItem *> branches(size_t(filePaths.size()), nullptr);
+    const auto prepare = [&](qsizetype i, const ZyHelp::DocumentCache::Document &document) {
+        branches[size_t(i)] = documentBranch(entries.at(i), filePaths.at(i), document.data);
+    };
     m_documents.read(filePaths, [&](qsizetype i, const ZyHelp::DocumentCache::Document &document) {
         const QString &filePath = filePaths.at(i);
         ZyHelp::HelpParser::logStatus(filePath, document.status);
         if (document.status.outcome == ZyHelp::ParseStatus::Faulty)
             m_partlyRead.insert(filePath);
         m_helpFiles.insert(m_helpFiles.cend(), filePath, document.data);
-        addDocumentNodes(entries.at(i), filePath, document.data);
-    });
+        QTreeWidgetItem *branch = branches[size_t(i)];
+        if (!branch) // kept from an earlier read
+            branch = documentBranch(entries.at(i), filePath, document.data);
+        addDocumentNodes(entries.at(i), branch);
+    }, prepare);
     ui->projectTree->expandAll();
     m_collapsedNodes.clear();
 }
@@ -286,20 +307,17 @@ bool MainWindow::updateDocuments(const QStringList &filePaths)
     return true;
 }
 
-void MainWindow::addDocumentNodes(const QString &entry, const QString &filePath,
-                                  const ZyHelp::HelpData &document)
+// Places a document's branch under its folders. The branch is complete before it
+// joins the tree, so the view is told about each document once, not about every node.
+void MainWindow::addDocumentNodes(const QString &entry, QTreeWidgetItem *fileItem)
 {
     QStringList folders = entry.split(QLatin1Char('/'));
-    const QString fileName = folders.takeLast();
+    folders.removeLast(); // the file's own name
     QTreeWidgetItem *parent = nullptr;
     for (const QString &folder : std::as_const(folders))
         parent = getFolderItem(ui->projectTree, parent, folder);
 
-    // The document's nodes are filled before the file node joins the tree, so
-    // the view is told about each document once, not about every node.
-    auto *fileItem = new ProjectItem(TypeFile, fileName, filePath);
     fileItem->setIcon(0, styleIcon(QStyle::SP_FileIcon));
-    fileItem->addChildren(languageNodes(filePath, document));
     if (parent)
         parent->addChild(fileItem);
     else

@@ -68,7 +68,6 @@ private slots:
 private:
     void loadProjectView();
     bool updateDocuments(const QStringList &filePaths);
-    void addDocumentNodes(const QString &entry, QTreeWidgetItem *fileItem);
     void syncUiToData();
     void saveFile(const QString &filePath);
     QString keepOriginal(const QString &filePath);

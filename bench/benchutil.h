@@ -57,3 +57,6 @@ void benchTranslate();
 // The child process of the editor part: opens the project file and prints the
 // time and the peak memory. Returns the exit code.
 int benchColdOpen(const QString &projectFile);
+// The child process that parses every document of the project on one thread
+// and prints the time.
+int benchFreshParse(const QString &projectFile);

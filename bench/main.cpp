@@ -15,6 +15,8 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     if (argc == 3 && std::strcmp(argv[1], "--cold-open") == 0)
         return benchColdOpen(QString::fromLocal8Bit(argv[2]));
+    if (argc == 3 && std::strcmp(argv[1], "--one-thread-parse") == 0)
+        return benchFreshParse(QString::fromLocal8Bit(argv[2]));
     const struct {
         const char *name;
         const char *title;

@@ -1,3 +1,4 @@
+#include "documentcache.h"
 #include "helpdata.h"
 #include "projectmanager.h"
 #include "testutil.h"
@@ -5,6 +6,7 @@
 #include <QtTest>
 
 #include <optional>
+#include <vector>
 
 using namespace ZyHelp;
 
@@ -142,6 +144,29 @@ private slots:
             QTest::ignoreMessage(QtWarningMsg, qPrintable("Kann XML-Datei nicht öffnen: \"" + path + u'"'));
         }
         QTEST(Test::dump(HelpParser().parse(path)), "expected");
+    }
+
+    // A document read is handed to prepare on the pool thread that read it, before
+    // receive gets it in list order; one kept from the read before is not prepared.
+    void cachePrepares()
+    {
+        const QStringList paths{m_dir->filePath("a.zyhelp"), m_dir->filePath("gone.zyhelp"),
+                                m_dir->filePath("folder.zyhelp"), m_dir->filePath("b.zyhelp")};
+        Test::writeFile(paths[0], "<zyhelp version='a'/>");
+        Test::writeFile(paths[3], "<zyhelp version='b'/>");
+        QVERIFY(QDir().mkdir(paths[2])); // there, but nothing to read
+        DocumentCache cache;
+        for (const char *expected : {"0a+ 2+ 3b+", "0a 2+ 3bb+"}) {
+            std::vector<Qt::HANDLE> preparedBy(paths.size(), nullptr);
+            QString received;
+            cache.read(paths, [&](qsizetype i, const DocumentCache::Document &document) {
+                const Qt::HANDLE by = preparedBy[size_t(i)];
+                received += QString(" %1%2%3").arg(i).arg(document.data.version,
+                                                       by ? by == QThread::currentThreadId() ? "!" : "+" : "");
+            }, [&](qsizetype i, const DocumentCache::Document &) { preparedBy[size_t(i)] = QThread::currentThreadId(); });
+            QCOMPARE(received.mid(1), expected);
+            Test::writeFile(paths[3], "<zyhelp version='bb'/>"); // another size: read again
+        }
     }
 
 private:

@@ -53,6 +53,10 @@ private slots:
         for (QAction *action : m_window->findChild<QMenu *>("menuDatei")->actions())
             menu += action->text() + action->shortcut().toString() + u'|';
         QCOMPARE(menu, "Neues Projekt...|Projekt öffnen...||SpeichernCtrl+S||Neue Hilfe-Datei...|Ansicht aktualisierenF5||Projektordner registrieren|");
+        Test::writeFile(m_root + "/Sub/y.zyhelp", "<zyhelp/>"); // in the folder of the document before it
+        run("actionReload");
+        QCOMPARE(dump().mid(0, 5), QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*", "  x.zyhelp 200 x.zyhelp*",
+                                                "  y.zyhelp 200 y.zyhelp*"}));
     }
 
     void pages()

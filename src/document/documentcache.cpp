@@ -47,7 +47,8 @@ DocumentCache::FileIdentity DocumentCache::identify(const QString &filePath)
     return identity;
 }
 
-void DocumentCache::read(const QStringList &filePaths, const Receiver &receive)
+void DocumentCache::read(const QStringList &filePaths, const Receiver &receive,
+                         const Receiver &prepare)
 {
     // What each file is now, and whether its earlier read still holds, looked at on
     // every core: when nothing changed, that is all the work. Taken before the file
@@ -73,6 +74,7 @@ void DocumentCache::read(const QStringList &filePaths, const Receiver &receive)
     {
         QString filePath;
         FileIdentity identity;
+        qsizetype index;
     };
     QList<Job> jobs;
     QList<qsizetype> jobOf(filePaths.size(), -1);
@@ -85,14 +87,16 @@ void DocumentCache::read(const QStringList &filePaths, const Receiver &receive)
             ++listed;
         } else if (look.identity.size >= 0) {
             jobOf[i] = jobs.size();
-            jobs.append({*look.filePath, look.identity});
+            jobs.append({*look.filePath, look.identity, i});
         }
     }
 
     // The entries stay where they are until every document is handed out.
-    const QFuture<Document> reads = QtConcurrent::mapped(jobs, [](const Job &job) {
+    const QFuture<Document> reads = QtConcurrent::mapped(jobs, [&prepare](const Job &job) {
         Document document;
         document.data = HelpParser().parse(job.filePath, &document.status);
+        if (prepare)
+            prepare(job.index, document);
         return document;
     });
     for (qsizetype i = 0; i < looks.size(); ++i) {

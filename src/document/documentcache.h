@@ -25,7 +25,11 @@ public:
     // Calls receive, in the calling thread and in the order of filePaths, for every
     // file that exists, while the ones not kept from an earlier read are still being
     // read on the thread pool. Forgets every file that is not listed or not there.
-    void read(const QStringList &filePaths, const Receiver &receive);
+    // Calls prepare, if given, on the pool thread that read a document, right after
+    // the read and before receive gets that document; never for a kept one. It runs
+    // on several threads at once and must touch only what belongs to its index.
+    void read(const QStringList &filePaths, const Receiver &receive,
+              const Receiver &prepare = {});
 
 private:
     // Size, modification time in nanoseconds, inode and device; size -1: no file.

@@ -12,6 +12,7 @@
 #include <QStyle>
 
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -119,6 +120,18 @@ QList<QTreeWidgetItem *> languageNodes(const QString &filePath, const ZyHelp::He
     return nodes;
 }
 
+// A document's file node with its language and section nodes, in no tree yet and
+// without its icon: a node in no tree belongs to no view and may be made on any
+// thread, an icon only on the GUI thread.
+QTreeWidgetItem *documentBranch(const QString &entry, const QString &filePath,
+                                const ZyHelp::HelpData &document)
+{
+    const QString fileName = entry.mid(entry.lastIndexOf(QLatin1Char('/')) + 1);
+    auto *fileItem = new ProjectItem(MainWindow::TypeFile, fileName, filePath);
+    fileItem->addChildren(languageNodes(filePath, document));
+    return fileItem;
+}
+
 // The wait cursor for as long as it lives.
 class WaitCursor
 {
@@ -145,6 +158,67 @@ QIcon styleIcon(QStyle::StandardPixmap pixmap)
     return icon.value<QIcon>();
 }
 
+bool isFolderNamed(const QTreeWidgetItem *item, const QString &name)
+{
+    return item->text(0) == name
+           && item->data(0, MainWindow::ItemTypeRole).toInt() == MainWindow::TypeFolder;
+}
+
+QTreeWidgetItem *newFolderItem(const QString &name)
+{
+    auto *folder = new QTreeWidgetItem;
+    folder->setText(0, name);
+    folder->setIcon(0, styleIcon(QStyle::SP_DirIcon));
+    folder->setData(0, MainWindow::ItemTypeRole, MainWindow::TypeFolder);
+    return folder;
+}
+
+// The project tree put together outside the view, which is then told about it
+// once instead of once per document. Folders are found and made as getFolderItem
+// does it in the tree.
+class DetachedTree
+{
+public:
+    // Hangs a file node under the folders of its entry.
+    void add(const QString &entry, QTreeWidgetItem *fileItem)
+    {
+        const qsizetype slash = entry.lastIndexOf(QLatin1Char('/'));
+        if (slash < 0) {
+            m_topLevel.append(fileItem);
+            return;
+        }
+        // The list is sorted, so mostly the folders of the entry before: the walk
+        // would find the same nodes again.
+        const QString folders = entry.left(slash);
+        if (!m_lastParent || folders != m_lastFolders) {
+            QTreeWidgetItem *parent = nullptr;
+            for (const QString &name : folders.split(QLatin1Char('/')))
+                parent = parent ? getFolderItem(nullptr, parent, name) : topLevelFolder(name);
+            m_lastFolders = folders;
+            m_lastParent = parent;
+        }
+        m_lastParent->addChild(fileItem);
+    }
+
+    // The top-level nodes, for the tree to take over.
+    QList<QTreeWidgetItem *> takeTopLevel() { return std::exchange(m_topLevel, {}); }
+
+private:
+    QTreeWidgetItem *topLevelFolder(const QString &name)
+    {
+        for (QTreeWidgetItem *item : std::as_const(m_topLevel)) {
+            if (isFolderNamed(item, name))
+                return item;
+        }
+        m_topLevel.append(newFolderItem(name));
+        return m_topLevel.constLast();
+    }
+
+    QList<QTreeWidgetItem *> m_topLevel;
+    QString m_lastFolders;
+    QTreeWidgetItem *m_lastParent = nullptr;
+};
+
 } // namespace
 
 QTreeWidgetItem *getFolderItem(QTreeWidget *tree, QTreeWidgetItem *parent, const QString &name)
@@ -152,16 +226,11 @@ QTreeWidgetItem *getFolderItem(QTreeWidget *tree, QTreeWidgetItem *parent, const
     const int count = parent ? parent->childCount() : tree->topLevelItemCount();
     for (int i = 0; i < count; ++i) {
         QTreeWidgetItem *child = parent ? parent->child(i) : tree->topLevelItem(i);
-        if (child->text(0) == name
-            && child->data(0, MainWindow::ItemTypeRole).toInt() == MainWindow::TypeFolder) {
+        if (isFolderNamed(child, name))
             return child;
-        }
     }
 
-    auto *folder = new QTreeWidgetItem;
-    folder->setText(0, name);
-    folder->setIcon(0, styleIcon(QStyle::SP_DirIcon));
-    folder->setData(0, MainWindow::ItemTypeRole, MainWindow::TypeFolder);
+    QTreeWidgetItem *folder = newFolderItem(name);
     if (parent)
         parent->addChild(folder);
     else
@@ -224,14 +293,28 @@ void MainWindow::loadProjectView()
     m_documentItems.clear();
     m_helpFiles.clear();
     m_partlyRead.clear();
+    // A document's nodes are made by the pool thread that reads it; this thread
+    // hangs each branch under its folders, in list order.
+    std::vector<QTreeWidgetItem *> branches(size_t(filePaths.size()), nullptr);
+    const auto prepare = [&](qsizetype i, const ZyHelp::DocumentCache::Document &document) {
+        branches[size_t(i)] = documentBranch(entries.at(i), filePaths.at(i), document.data);
+    };
+    const QIcon fileIcon = styleIcon(QStyle::SP_FileIcon);
+    DetachedTree tree;
     m_documents.read(filePaths, [&](qsizetype i, const ZyHelp::DocumentCache::Document &document) {
         const QString &filePath = filePaths.at(i);
         ZyHelp::HelpParser::logStatus(filePath, document.status);
         if (document.status.outcome == ZyHelp::ParseStatus::Faulty)
             m_partlyRead.insert(filePath);
         m_helpFiles.insert(m_helpFiles.cend(), filePath, document.data);
-        addDocumentNodes(entries.at(i), filePath, document.data);
-    });
+        QTreeWidgetItem *fileItem = branches[size_t(i)];
+        if (!fileItem) // kept from an earlier read
+            fileItem = documentBranch(entries.at(i), filePath, document.data);
+        fileItem->setIcon(0, fileIcon);
+        tree.add(entries.at(i), fileItem);
+        m_documentItems.append(fileItem);
+    }, prepare);
+    ui->projectTree->addTopLevelItems(tree.takeTopLevel());
     ui->projectTree->expandAll();
     m_collapsedNodes.clear();
 }
@@ -284,27 +367,6 @@ bool MainWindow::updateDocuments(const QStringList &filePaths)
         ui->projectTree->expand(node); // nothing for a node made anew
     m_collapsedNodes.clear();
     return true;
-}
-
-void MainWindow::addDocumentNodes(const QString &entry, const QString &filePath,
-                                  const ZyHelp::HelpData &document)
-{
-    QStringList folders = entry.split(QLatin1Char('/'));
-    const QString fileName = folders.takeLast();
-    QTreeWidgetItem *parent = nullptr;
-    for (const QString &folder : std::as_const(folders))
-        parent = getFolderItem(ui->projectTree, parent, folder);
-
-    // The document's nodes are filled before the file node joins the tree, so
-    // the view is told about each document once, not about every node.
-    auto *fileItem = new ProjectItem(TypeFile, fileName, filePath);
-    fileItem->setIcon(0, styleIcon(QStyle::SP_FileIcon));
-    fileItem->addChildren(languageNodes(filePath, document));
-    if (parent)
-        parent->addChild(fileItem);
-    else
-        ui->projectTree->addTopLevelItem(fileItem);
-    m_documentItems.append(fileItem);
 }
 
 // ---- Editing pages and saving ---------------------------------------------------

@@ -68,8 +68,6 @@ private slots:
 private:
     void loadProjectView();
     bool updateDocuments(const QStringList &filePaths);
-    void addDocumentNodes(const QString &entry, const QString &filePath,
-                          const ZyHelp::HelpData &document);
     void syncUiToData();
     void saveFile(const QString &filePath);
     QString keepOriginal(const QString &filePath);

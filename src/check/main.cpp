@@ -1,31 +1,16 @@
 #include "checker.h"
+#include "commandline.h"
 #include "documentcollector.h"
 #include "report.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
-#include <cstdio>
 
 using namespace ZyHelp;
 using namespace ZyHelp::Check;
 
-namespace {
-
-enum ExitStatus { Passed = 0, Failed = 1, UsageError = 2 };
-
-void write(std::FILE *stream, const QByteArray &bytes)
-{
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-}
-
-int usageError(const QString &message)
-{
-    write(stderr, QStringLiteral("zyhelpcheck: %1\n").arg(message).toUtf8());
-    return UsageError;
-}
-
-} // namespace
+using namespace ZyHelp::CommandLine;
 
 int main(int argc, char **argv)
 {
@@ -78,30 +63,13 @@ int main(int argc, char **argv)
         return usageError(QStringLiteral("--format must be text or json, not '%1'").arg(format));
     CheckOptions options;
     if (parser.isSet(languagesOption)) {
-        for (const QString &part : parser.value(languagesOption).split(u',')) {
-            const QString key = part.trimmed();
-            if (!key.isEmpty() && !options.languages.contains(key))
-                options.languages.append(key);
-        }
+        options.languages = keyList(parser.value(languagesOption));
         if (options.languages.isEmpty())
             return usageError(QStringLiteral("--languages names no language"));
     }
     options.reference = parser.value(referenceOption).trimmed();
-    const QStringList paths = parser.positionalArguments();
-    if (paths.isEmpty())
-        return usageError(QStringLiteral("no PATH given (see --help)"));
-
-    // Every path is looked at before anything is checked, so that one run
-    // names every path that is wrong.
     DocumentCollector collector;
-    bool usable = true;
-    for (const QString &path : paths) {
-        if (!collector.addPath(path)) {
-            usageError(collector.errorString());
-            usable = false;
-        }
-    }
-    if (!usable)
+    if (!addPaths(parser.positionalArguments(), &collector))
         return UsageError;
 
     const CheckResult result = Checker(options).check(collector.documents(), collector.findings());

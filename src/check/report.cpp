@@ -14,22 +14,6 @@ QString counted(qsizetype count, const QString &noun)
     return QStringLiteral("%1 %2%3").arg(count).arg(noun, plural);
 }
 
-QString severityName(Finding::Severity severity)
-{
-    return severity == Finding::Error ? QStringLiteral("error") : QStringLiteral("warning");
-}
-
-// A file name or an XML reader's message may hold a line break or another
-// control character; each finding stays on one line.
-QString oneLine(QString text)
-{
-    for (QChar &c : text) {
-        if (c.category() == QChar::Other_Control)
-            c = u'?';
-    }
-    return text;
-}
-
 } // namespace
 
 QString summaryLine(const CheckResult &result)
@@ -44,14 +28,8 @@ QString textReport(const CheckResult &result, bool quiet)
 {
     QString text;
     if (!quiet) {
-        for (const Finding &f : result.findings) {
-            const QString location = f.line > 0
-                ? QStringLiteral("%1:%2:%3").arg(f.path).arg(f.line).arg(f.column)
-                : f.path;
-            text += oneLine(QStringLiteral("%1: %2: %3 [%4]")
-                                .arg(location, severityName(f.severity), f.message, f.id))
-                + u'\n';
-        }
+        for (const Finding &f : result.findings)
+            text += f.toText() + u'\n';
     }
     return text + summaryLine(result) + u'\n';
 }
@@ -71,7 +49,7 @@ QByteArray jsonReport(const CheckResult &result, bool quiet)
                 finding.insert(QStringLiteral("line"), f.line);
                 finding.insert(QStringLiteral("column"), f.column);
             }
-            finding.insert(QStringLiteral("severity"), severityName(f.severity));
+            finding.insert(QStringLiteral("severity"), Finding::severityName(f.severity));
             finding.insert(QStringLiteral("id"), f.id);
             finding.insert(QStringLiteral("message"), f.message);
             findings.append(finding);

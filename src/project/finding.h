@@ -15,6 +15,11 @@ struct Finding
     Severity severity = Error;
     QString id; // the check that found it, e.g. "placeholder"
     QString message;
+
+    static QString severityName(Severity severity);
+    // "PATH:LINE:COLUMN: SEVERITY: MESSAGE [ID]" (or "PATH: SEVERITY: ...") as
+    // compilers print it, always on one line.
+    QString toText() const;
 };
 
 } // namespace ZyHelp

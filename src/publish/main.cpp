@@ -1,40 +1,15 @@
+#include "commandline.h"
 #include "documentcollector.h"
 #include "publisher.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
-#include <cstdio>
 
 using namespace ZyHelp;
 using namespace ZyHelp::Publish;
 
-namespace {
-
-void writeLine(const QString &line)
-{
-    const QByteArray bytes = (line + u'\n').toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
-}
-
-int usageError(const QString &message)
-{
-    writeLine(QStringLiteral("zyhelppublish: %1").arg(message));
-    return Publisher::UsageError;
-}
-
-QStringList keys(const QString &list)
-{
-    QStringList result;
-    for (const QString &part : list.split(u',')) {
-        const QString key = part.trimmed();
-        if (!key.isEmpty() && !result.contains(key))
-            result.append(key);
-    }
-    return result;
-}
-
-} // namespace
+using namespace ZyHelp::CommandLine;
 
 int main(int argc, char **argv)
 {
@@ -90,7 +65,7 @@ int main(int argc, char **argv)
         return usageError(QStringLiteral("--format must be html or qthelp, not '%1'").arg(format));
     options.format = format == u"html" ? PublishOptions::Html : PublishOptions::QtHelp;
     if (parser.isSet(languagesOption)) {
-        options.languages = keys(parser.value(languagesOption));
+        options.languages = keyList(parser.value(languagesOption));
         if (options.languages.isEmpty())
             return usageError(QStringLiteral("--languages names no language"));
     }
@@ -99,26 +74,15 @@ int main(int argc, char **argv)
     options.helpGenerator = parser.value(generatorOption);
     if (options.out.isEmpty())
         return usageError(QStringLiteral("no output folder given (-o OUT)"));
-    const QStringList paths = parser.positionalArguments();
-    if (paths.isEmpty())
-        return usageError(QStringLiteral("no PATH given (see --help)"));
-
     DocumentCollector collector;
-    bool usable = true;
-    for (const QString &path : paths) {
-        if (!collector.addPath(path)) {
-            usageError(collector.errorString());
-            usable = false;
-        }
-    }
-    if (!usable)
-        return Publisher::UsageError;
+    if (!addPaths(parser.positionalArguments(), &collector))
+        return UsageError;
 
     Publisher publisher(options, collector.projectName());
     const Publisher::Status status = publisher.publish(collector.documents());
     for (const Finding &finding : publisher.findings())
-        writeLine(Publisher::toText(finding));
+        write(stderr, (finding.toText() + u'\n').toUtf8());
     if (!publisher.errorString().isEmpty())
-        writeLine(QStringLiteral("zyhelppublish: %1").arg(publisher.errorString()));
+        write(stderr, QStringLiteral("zyhelppublish: %1\n").arg(publisher.errorString()).toUtf8());
     return status;
 }

@@ -82,16 +82,6 @@ Publisher::Publisher(const PublishOptions &options, const QString &projectName)
 {
 }
 
-QString Publisher::toText(const Finding &f)
-{
-    const QString location =
-        f.line > 0 ? QStringLiteral("%1:%2:%3").arg(f.path).arg(f.line).arg(f.column) : f.path;
-    return QStringLiteral("%1: %2: %3 [%4]")
-        .arg(location, f.severity == Finding::Error ? QStringLiteral("error")
-                                                    : QStringLiteral("warning"),
-             f.message, f.id);
-}
-
 Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
 {
     const SiteModel model(documents);

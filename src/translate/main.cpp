@@ -1,4 +1,5 @@
 #include "catalogfile.h"
+#include "commandline.h"
 #include "documentcollector.h"
 #include "exporter.h"
 #include "importer.h"
@@ -17,42 +18,16 @@
 
 using namespace ZyHelp;
 using namespace ZyHelp::Translate;
+using namespace ZyHelp::CommandLine;
 
 namespace {
-
-enum ExitStatus { Passed = 0, Failed = 1, UsageError = 2 };
-
-void write(std::FILE *stream, const QByteArray &bytes)
-{
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-}
-
-void printLines(std::FILE *stream, const QStringList &lines)
-{
-    for (const QString &line : lines)
-        write(stream, (line + u'\n').toUtf8());
-}
-
-int usageError(const QString &message)
-{
-    write(stderr, QStringLiteral("zyhelptranslate: %1\n").arg(message).toUtf8());
-    return UsageError;
-}
 
 // The documents of the PATHs, collected as zyhelpcheck collects them; every
 // wrong PATH is named before the run ends.
 bool collect(const QStringList &paths, QList<DocumentEntry> *documents)
 {
     DocumentCollector collector;
-    bool usable = !paths.isEmpty();
-    if (paths.isEmpty())
-        usageError(QStringLiteral("no PATH given (see --help)"));
-    for (const QString &path : paths) {
-        if (!collector.addPath(path)) {
-            usageError(collector.errorString());
-            usable = false;
-        }
-    }
+    bool usable = addPaths(paths, &collector);
     *documents = collector.documents();
     // A unit's id begins with its document's relative path: two documents of
     // one run with the same one (a.zyhelp in two folders given) cannot be told apart.

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <cstdio>
+
+namespace ZyHelp {
+
+class DocumentCollector;
+
+// What the command-line programs do alike: their exit statuses, their usage
+// errors and the PATHs that name a run's documents.
+namespace CommandLine {
+
+enum ExitStatus { Passed = 0, Failed = 1, UsageError = 2 };
+
+void write(std::FILE *stream, const QByteArray &bytes);
+void printLines(std::FILE *stream, const QStringList &lines);
+
+// Prints "PROGRAM: MESSAGE" on stderr and returns UsageError.
+int usageError(const QString &message);
+
+// The keys of a list such as "de, en,de": trimmed, without empty ones and repeats.
+QStringList keyList(const QString &list);
+
+// Adds every path to collector. Every path is looked at before anything is
+// done, so that one run names every path that is wrong; false if one was.
+bool addPaths(const QStringList &paths, DocumentCollector *collector);
+
+} // namespace CommandLine
+} // namespace ZyHelp

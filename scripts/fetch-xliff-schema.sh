@@ -13,7 +13,8 @@ schema="$dest/xliff-core-1.2-strict.xsd"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 chmod 777 "$work" # apt's download user writes here
-(cd "$work" && apt-get download -qq php-symfony-translation)
+download() { (cd "$work" && apt-get download -qq php-symfony-translation); }
+download || { apt-get update -qq && download; } # the package lists may be missing or old
 dpkg-deb -x "$work"/php-symfony-translation_*.deb "$work/x"
 from="$(find "$work/x" -type d -path '*Translation/Resources/schemas' | head -n1)"
 [ -n "$from" ] || { echo "fetch-xliff-schema: no schemas in php-symfony-translation" >&2; exit 1; }

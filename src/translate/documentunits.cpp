@@ -29,12 +29,19 @@ bool parseUnitId(const QString &id, QString *relativePath, UnitPlace *place)
     const qsizetype slash = rest.indexOf(u'/');
     if (slash < 0)
         return false;
-    bool ok = false;
-    const qlonglong number = rest.left(slash).toLongLong(&ok);
+    // Written as unitId writes it, digits without a leading zero, so that
+    // "#02/name" is no second name for "#2/name".
+    const QStringView digits = rest.left(slash);
+    if (digits.isEmpty() || digits.size() > 6 || digits.front() == u'0')
+        return false;
+    qlonglong number = 0;
+    for (const QChar digit : digits) {
+        if (digit < u'0' || digit > u'9')
+            return false;
+        number = number * 10 + (digit.unicode() - u'0');
+    }
     const QStringView kind = rest.mid(slash + 1);
-    // Written as unitId writes it, so that "#02/name" is no second name for "#2/name".
-    if (!ok || number < 1 || number > 100000 || rest.left(slash) != QString::number(number)
-        || (kind != u"name" && kind != u"content"))
+    if (number > 100000 || (kind != u"name" && kind != u"content"))
         return false;
     *place = UnitPlace{kind == u"name" ? UnitPlace::Name : UnitPlace::Content,
                        qsizetype(number - 1)};

@@ -155,6 +155,8 @@ Importer::~Importer()
 
 void Importer::add(TranslationUnit &&unit)
 {
+    if (m_pending.isEmpty())
+        m_pending.reserve(batchSize);
     m_pending.append(std::move(unit));
     if (m_pending.size() >= batchSize)
         startBatch();

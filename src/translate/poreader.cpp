@@ -4,12 +4,15 @@
 #include <QIODevice>
 #include <QStringDecoder>
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 
 namespace ZyHelp::Translate {
 
 namespace {
+
+const qint64 blockSize = 1 << 20;
 
 // One entry while it is read; the strings stay UTF-8 until it is complete.
 struct Entry
@@ -31,8 +34,18 @@ struct Entry
 qsizetype invalidUtf8(const QByteArray &text)
 {
     const qsizetype size = text.size();
+    const char *data = text.constData();
     for (qsizetype i = 0; i < size;) {
-        const uchar c = uchar(text.at(i));
+        // Help texts are mostly ASCII: eight bytes at a time while no high bit is set.
+        if (i + 8 <= size) {
+            quint64 word;
+            std::memcpy(&word, data + i, 8);
+            if (!(word & 0x8080808080808080ULL)) {
+                i += 8;
+                continue;
+            }
+        }
+        const uchar c = uchar(data[i]);
         if (c < 0x80) {
             ++i;
             continue;
@@ -156,7 +169,7 @@ bool Parser::keyword(const QByteArray &text, qsizetype from, bool previous)
     while (end < text.size() && text.at(end) != ' ' && text.at(end) != '\t'
            && text.at(end) != '"')
         ++end;
-    const QByteArray word = text.mid(from, end - from);
+    const QByteArrayView word(text.constData() + from, end - from);
     if (previous) {
         // The previous context and plural tell the translator more; only the
         // previous source is kept.
@@ -356,7 +369,7 @@ bool Parser::endEntry()
     if (m_sink)
         m_sink(std::move(unit));
     else
-        m_catalog->units.append(unit);
+        m_catalog->units.append(std::move(unit));
     return true;
 }
 
@@ -395,25 +408,41 @@ bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
     // Units take a few hundred bytes each: the list grows seldom.
     if (!sink && keepUnits)
         catalog->units.reserve(qsizetype(device->size() / 256));
+    // Read in large blocks and cut into lines here: a read per line costs
+    // more than the parsing. A line that a block cuts goes on in the next.
     qint64 number = 0;
-    QByteArray buffer(4096, Qt::Uninitialized); // one for every line
-    while (!device->atEnd()) {
-        qint64 length = 0;
-        for (;;) {
-            const qint64 read = device->readLine(buffer.data() + length, buffer.size() - length);
-            if (read <= 0)
+    QByteArray block;
+    qsizetype start = 0; // of the next line in block
+    bool atEnd = false;
+    for (;;) {
+        const char *data = block.constData();
+        const auto *newline = static_cast<const char *>(
+            std::memchr(data + start, '\n', size_t(block.size() - start)));
+        if (!newline) {
+            if (!atEnd) {
+                // The rest of the block to its front, and the next block after it,
+                // in the same memory: a new block each time would cost page faults.
+                const qsizetype rest = block.size() - start;
+                std::memmove(block.data(), block.constData() + start, size_t(rest));
+                block.resize(rest + blockSize);
+                const qint64 read = device->read(block.data() + rest, blockSize);
+                atEnd = read <= 0;
+                block.resize(rest + std::max<qint64>(read, 0));
+                start = 0;
+                continue;
+            }
+            if (start == block.size())
                 break;
-            length += read;
-            if (buffer.at(length - 1) == '\n' || device->atEnd())
-                break;
-            buffer.resize(buffer.size() * 2);
         }
-        if (length > 0 && buffer.at(length - 1) == '\n')
-            --length;
-        if (length > 0 && buffer.at(length - 1) == '\r')
-            --length;
-        if (!parser.line(QByteArray::fromRawData(buffer.constData(), length), ++number))
+        qsizetype end = newline ? newline - data : block.size();
+        const qsizetype next = end + 1;
+        if (end > start && data[end - 1] == '\r')
+            --end;
+        if (!parser.line(QByteArray::fromRawData(data + start, end - start), ++number))
             return false;
+        if (!newline)
+            break; // the last line, without a line break
+        start = next;
     }
     return parser.finish(number);
 }

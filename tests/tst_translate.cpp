@@ -371,6 +371,12 @@ private slots:
         row("two headers", head + head, "4:1: a second header");
         row("no header", "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"\"\n",
             "1:1: no header entry");
+        row("escape not UTF-8", head + "msgctxt \"i\"\nmsgid \"\\303\"\nmsgstr \"\"\n",
+            "4:1: an escape gives a string that is not UTF-8");
+        row("no last line break", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"", "i|x|y|0|");
+        // The reader reads blocks of 1 MiB: lines across them are still counted as lines.
+        row("lines across blocks", head + "msgctxt \"i\"\nmsgid \"" + QByteArray(3 << 19, 'x')
+                + "\"\r\nmsgstr \"\"\n\nmsgid \"\\q\"\n", "8:8: unknown escape sequence");
     }
     void poReader()
     {

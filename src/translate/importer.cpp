@@ -50,6 +50,15 @@ bool sameLanguages(const HelpData &a, const HelpData &b)
     return true;
 }
 
+QString notPlaced(const QString &catalogPath, const TranslationUnit &unit, bool validId)
+{
+    return QStringLiteral("%1:%2: warning: %3: %4; not applied")
+        .arg(catalogPath)
+        .arg(unit.line)
+        .arg(unit.id, validId ? QStringLiteral("no document of this run has this path")
+                              : QStringLiteral("not a unit id of zyhelptranslate"));
+}
+
 JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogPath, bool dryRun)
 {
     JobResult result;
@@ -60,6 +69,26 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
                                                .arg(unit.id, message)});
         ++result.lost;
     };
+    // The reading thread placed the units by the path in their ids only.
+    struct PlacedUnit
+    {
+        TranslationUnit unit;
+        UnitPlace place;
+    };
+    QList<PlacedUnit> units;
+    units.reserve(job.units.size());
+    for (const EncodedUnit *encoded : job.units) {
+        PlacedUnit placed{encoded->decoded(), {}};
+        QString path;
+        if (parseUnitId(placed.unit.id, &path, &placed.place)) {
+            units.append(std::move(placed));
+        } else if (!placed.unit.fuzzy && !placed.unit.target.isEmpty()) {
+            result.messages.append({placed.unit.line, notPlaced(catalogPath, placed.unit, false)});
+            ++result.lost;
+        }
+    }
+    if (units.isEmpty())
+        return result;
     ParseStatus status;
     const HelpData data = HelpParser().parse(job.entry->filePath, &status);
     if (status.outcome != ParseStatus::Complete) {
@@ -68,23 +97,22 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
                 status.column)
             : job.entry->displayPath;
         result.messages.append(
-            {job.units.first()->line,
+            {units.first().unit.line,
              QStringLiteral("%1: error: the document was not read whole (%2); not written, "
                             "%3 units not applied")
                  .arg(where, status.errorString)
-                 .arg(job.units.size())});
-        result.lost += job.units.size();
+                 .arg(units.size())});
+        result.lost += units.size();
         return result;
     }
 
     HelpData changed = data;
     const auto source = data.languages.constFind(catalog.sourceLanguage);
-    for (const TranslationUnit *unit : job.units) {
+    for (const PlacedUnit &placed : std::as_const(units)) {
+        const TranslationUnit *unit = &placed.unit;
+        const UnitPlace &place = placed.place;
         if (unit->fuzzy || unit->target.isEmpty())
             continue;
-        QString path;
-        UnitPlace place;
-        parseUnitId(unit->id, &path, &place);
         const QString *today = source == data.languages.cend() ? nullptr : textAt(*source, place);
         if (!today) {
             warn(*unit, QStringLiteral("stale: the document has no such text in '%1' any more; "
@@ -124,7 +152,7 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
     } else if (HelpWriter().writeXml(changed, job.entry->filePath)) {
         result.change = QStringLiteral("wrote %1").arg(job.entry->displayPath);
     } else {
-        result.messages.append({job.units.first()->line,
+        result.messages.append({units.first().unit.line,
                                 QStringLiteral("%1: error: cannot write the document; %2 units "
                                                "not applied")
                                     .arg(job.entry->displayPath)
@@ -145,7 +173,7 @@ Importer::Importer(const Catalog &header, const QString &catalogPath,
     , m_dryRun(dryRun)
 {
     for (const DocumentEntry &entry : documents)
-        m_documentIndex.insert(entry.relativePath, &entry - documents.constData());
+        m_documentIndex.insert(entry.relativePath.toUtf8(), &entry - documents.constData());
 }
 
 Importer::~Importer()
@@ -153,7 +181,7 @@ Importer::~Importer()
     m_running.waitForFinished();
 }
 
-void Importer::add(TranslationUnit &&unit)
+void Importer::add(EncodedUnit &&unit)
 {
     if (m_pending.isEmpty())
         m_pending.reserve(batchSize);
@@ -182,26 +210,32 @@ void Importer::startBatch()
 {
     collect();
     m_runningUnits = std::move(m_pending);
-    m_pending = QList<TranslationUnit>();
+    m_pending = QList<EncodedUnit>();
     QHash<qsizetype, qsizetype> jobIndex; // by document index
     m_jobs.clear();
-    for (const TranslationUnit &unit : std::as_const(m_runningUnits)) {
-        QString path;
-        UnitPlace place;
-        const bool valid = parseUnitId(unit.id, &path, &place);
-        const qsizetype document = valid ? m_documentIndex.value(path, -1) : -1;
+    // Only the path is looked at here, in UTF-8, and looked up again only where
+    // it changes: the rest of a unit is the job's, on the pool's threads.
+    QByteArrayView lastPath;
+    qsizetype lastDocument = -1;
+    for (const EncodedUnit &unit : std::as_const(m_runningUnits)) {
+        const QByteArrayView id = unit.id();
+        qsizetype hash = id.size() - 1;
+        while (hash > 0 && id.at(hash) != '#')
+            --hash;
+        const QByteArrayView path = id.first(std::max<qsizetype>(hash, 0));
+        if (hash <= 0 || path != lastPath) {
+            lastDocument = hash <= 0 ? -1 : m_documentIndex.value(path.toByteArray(), -1);
+            lastPath = hash <= 0 ? QByteArrayView() : path;
+        }
+        const qsizetype document = lastDocument;
         if (document < 0) {
             // Only a translation makes a unit that cannot be placed a loss.
-            if (!unit.fuzzy && !unit.target.isEmpty()) {
-                m_messages.append({unit.line, QStringLiteral("%1:%2: warning: %3: %4; not applied")
-                                                  .arg(m_catalogPath)
-                                                  .arg(unit.line)
-                                                  .arg(unit.id,
-                                                       valid ? QStringLiteral("no document of "
-                                                                              "this run has "
-                                                                              "this path")
-                                                             : QStringLiteral("not a unit id of "
-                                                                              "zyhelptranslate"))});
+            if (!unit.fuzzy && unit.hasTarget()) {
+                const TranslationUnit decoded = unit.decoded();
+                QString relativePath;
+                UnitPlace place;
+                const bool valid = parseUnitId(decoded.id, &relativePath, &place);
+                m_messages.append({unit.line, notPlaced(m_catalogPath, decoded, valid)});
                 ++m_result.lost;
             }
             continue;
@@ -251,8 +285,8 @@ bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool
 
     Importer importer(header, path, documents, dryRun);
     Catalog again;
-    if (!CatalogFile::read(path, &again, error,
-                           [&](TranslationUnit &&unit) { importer.add(std::move(unit)); }))
+    if (!CatalogFile::readEncoded(path, &again, error,
+                                  [&](EncodedUnit &&unit) { importer.add(std::move(unit)); }))
         return false; // changed since the first read
     *result = importer.finish();
     return true;

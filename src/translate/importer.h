@@ -22,7 +22,7 @@ struct ImportResult
 struct ImportJob
 {
     const DocumentEntry *entry = nullptr;
-    QList<const TranslationUnit *> units;
+    QList<const EncodedUnit *> units; // decoded by the job, on its thread
 };
 
 struct ImportJobResult
@@ -46,7 +46,7 @@ public:
              const QList<DocumentEntry> &documents, bool dryRun);
     ~Importer();
 
-    void add(TranslationUnit &&unit);
+    void add(EncodedUnit &&unit);
     ImportResult finish();
 
 private:
@@ -60,9 +60,9 @@ private:
     QString m_catalogPath;
     const QList<DocumentEntry> &m_documents;
     bool m_dryRun;
-    QHash<QString, qsizetype> m_documentIndex; // by relative path
-    QList<TranslationUnit> m_pending;
-    QList<TranslationUnit> m_runningUnits;
+    QHash<QByteArray, qsizetype> m_documentIndex; // by relative path in UTF-8
+    QList<EncodedUnit> m_pending;
+    QList<EncodedUnit> m_runningUnits;
     QList<Job> m_jobs;
     QFuture<JobResult> m_running;
     QList<std::pair<qint64, QString>> m_messages;

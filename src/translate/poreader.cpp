@@ -27,6 +27,7 @@ struct Entry
     bool plural = false;
     bool fuzzy = false;
     bool obsolete = false;
+    bool byteEscapes = false; // octal or hexadecimal: the bytes may not be UTF-8
     qint64 line = 0;
 };
 
@@ -72,10 +73,12 @@ class Parser
 {
 public:
     Parser(Catalog *catalog, ReadError *error,
-           const std::function<void(TranslationUnit &&)> &sink, bool keepUnits = true)
+           const std::function<void(TranslationUnit &&)> &sink,
+           const std::function<void(EncodedUnit &&)> &encodedSink, bool keepUnits = true)
         : m_catalog(catalog)
         , m_error(error)
         , m_sink(sink)
+        , m_encodedSink(encodedSink)
         , m_keepUnits(keepUnits)
     {
     }
@@ -97,6 +100,7 @@ private:
     Catalog *m_catalog;
     ReadError *m_error;
     const std::function<void(TranslationUnit &&)> &m_sink;
+    const std::function<void(EncodedUnit &&)> &m_encodedSink;
     Entry m_entry;
     QByteArray *m_current = nullptr; // where a continuation line goes
     QByteArray m_ignored; // strings read but not kept
@@ -145,6 +149,7 @@ bool Parser::string(const QByteArray &text, qsizetype from, QByteArray *out)
                 value = value * 8 + (text.at(i) - '0');
             --i;
             out->append(char(value));
+            m_entry.byteEscapes = true;
         } else if (e == 'x') {
             int value = 0;
             int digits = 0;
@@ -155,6 +160,7 @@ bool Parser::string(const QByteArray &text, qsizetype from, QByteArray *out)
             if (digits == 0)
                 return fail(i + 1, QStringLiteral("\\x without hexadecimal digits"));
             out->append(char(value));
+            m_entry.byteEscapes = true;
         } else {
             return fail(i, QStringLiteral("unknown escape sequence '\\%1'").arg(QChar(e)));
         }
@@ -234,7 +240,7 @@ bool Parser::line(const QByteArray &text, qint64 number)
         return true;
     }
     bool obsolete = false;
-    if (text.mid(i, 2) == "#~") {
+    if (i + 1 < text.size() && text.at(i) == '#' && text.at(i + 1) == '~') {
         obsolete = true;
         i += 2;
         while (i < text.size() && text.at(i) == ' ')
@@ -318,7 +324,7 @@ bool Parser::endEntry()
                                      &entry.previousId})
                 text->resize(0);
             entry.hasContext = entry.hasId = entry.hasTranslation = false;
-            entry.plural = entry.fuzzy = entry.obsolete = false;
+            entry.plural = entry.fuzzy = entry.obsolete = entry.byteEscapes = false;
             entry.line = 0;
         }
     } reset{m_entry};
@@ -343,10 +349,11 @@ bool Parser::endEntry()
             return fail(1, QStringLiteral("a second header entry"));
         return readHeader(QString::fromUtf8(entry.translation));
     }
-    // Octal and hexadecimal escapes give bytes, so the strings are checked again.
+    // Octal and hexadecimal escapes give bytes, so their strings are checked
+    // again; the lines were checked as they were read.
     for (const QByteArray *text : {&entry.context, &entry.id, &entry.translation,
                                    &entry.previousId}) {
-        if (invalidUtf8(*text) >= 0)
+        if (entry.byteEscapes && invalidUtf8(*text) >= 0)
             return fail(1, QStringLiteral("an escape gives a string that is not UTF-8"));
     }
     const auto seen = m_ids.constFind(entry.context);
@@ -357,6 +364,24 @@ bool Parser::endEntry()
     m_ids.insert(entry.context, entry.line);
     if (!m_keepUnits)
         return true;
+    if (m_encodedSink) {
+        EncodedUnit unit;
+        const QByteArrayView target =
+            entry.plural ? QByteArrayView() : QByteArrayView(entry.translation);
+        unit.texts.reserve(entry.context.size() + entry.id.size() + target.size()
+                           + entry.previousId.size());
+        unit.texts += entry.context;
+        unit.sourceAt = unit.texts.size();
+        unit.texts += entry.id;
+        unit.targetAt = unit.texts.size();
+        unit.texts.append(target);
+        unit.previousAt = unit.texts.size();
+        unit.texts += entry.previousId;
+        unit.fuzzy = entry.fuzzy;
+        unit.line = entry.line;
+        m_encodedSink(std::move(unit));
+        return true;
+    }
     TranslationUnit unit;
     unit.id = QString::fromUtf8(entry.context);
     unit.source = QString::fromUtf8(entry.id);
@@ -392,21 +417,28 @@ bool Parser::finish(qint64 lastLine)
 
 bool PoReader::check(QIODevice *device, Catalog *catalog, ReadError *error)
 {
-    return read(device, catalog, error, {}, false);
+    return read(device, catalog, error, {}, {}, false);
 }
 
 bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
                     const std::function<void(TranslationUnit &&)> &sink)
 {
-    return read(device, catalog, error, sink, true);
+    return read(device, catalog, error, sink, {}, true);
+}
+
+bool PoReader::readEncoded(QIODevice *device, Catalog *catalog, ReadError *error,
+                           const std::function<void(EncodedUnit &&)> &sink)
+{
+    return read(device, catalog, error, {}, sink, true);
 }
 
 bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
-                    const std::function<void(TranslationUnit &&)> &sink, bool keepUnits)
+                    const std::function<void(TranslationUnit &&)> &sink,
+                    const std::function<void(EncodedUnit &&)> &encodedSink, bool keepUnits)
 {
-    Parser parser(catalog, error, sink, keepUnits);
+    Parser parser(catalog, error, sink, encodedSink, keepUnits);
     // Units take a few hundred bytes each: the list grows seldom.
-    if (!sink && keepUnits)
+    if (!sink && !encodedSink && keepUnits)
         catalog->units.reserve(qsizetype(device->size() / 256));
     // Read in large blocks and cut into lines here: a read per line costs
     // more than the parsing. A line that a block cuts goes on in the next.

@@ -4,9 +4,12 @@
 #include "documentunits.h"
 
 #include <QHash>
+#include <QThread>
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 
 namespace ZyHelp::Translate {
 
@@ -59,7 +62,8 @@ QString notPlaced(const QString &catalogPath, const TranslationUnit &unit, bool 
                               : QStringLiteral("not a unit id of zyhelptranslate"));
 }
 
-JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogPath, bool dryRun)
+JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogPath, bool dryRun,
+                 WriteGate *gate)
 {
     JobResult result;
     const auto warn = [&](const TranslationUnit &unit, const QString &message) {
@@ -149,6 +153,8 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
         return result;
     if (dryRun) {
         result.change = QStringLiteral("would write %1").arg(job.entry->displayPath);
+    } else if (!gate->waitOpen()) {
+        return result; // the file is not valid: the import reports that, and nothing else
     } else if (HelpWriter().writeXml(changed, job.entry->filePath)) {
         result.change = QStringLiteral("wrote %1").arg(job.entry->displayPath);
     } else {
@@ -165,12 +171,28 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
 
 } // namespace
 
+void WriteGate::decide(bool open)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_state = open ? Open : Closed;
+    m_decided.wakeAll();
+}
+
+bool WriteGate::waitOpen()
+{
+    QMutexLocker locker(&m_mutex);
+    while (m_state == Pending)
+        m_decided.wait(&m_mutex);
+    return m_state == Open;
+}
+
 Importer::Importer(const Catalog &header, const QString &catalogPath,
-                   const QList<DocumentEntry> &documents, bool dryRun)
+                   const QList<DocumentEntry> &documents, bool dryRun, WriteGate *gate)
     : m_header(header)
     , m_catalogPath(catalogPath)
     , m_documents(documents)
     , m_dryRun(dryRun)
+    , m_gate(gate)
 {
     for (const DocumentEntry &entry : documents)
         m_documentIndex.insert(entry.relativePath.toUtf8(), &entry - documents.constData());
@@ -248,7 +270,7 @@ void Importer::startBatch()
         m_jobs[*job].units.append(&unit);
     }
     m_running = QtConcurrent::mapped(m_jobs, [this](const Job &job) {
-        return runJob(job, m_header, m_catalogPath, m_dryRun);
+        return runJob(job, m_header, m_catalogPath, m_dryRun, m_gate);
     });
 }
 
@@ -266,29 +288,61 @@ ImportResult Importer::finish()
 bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool dryRun,
                 ImportResult *result, QString *error)
 {
-    // The whole file is read once before any document is touched, so that a
-    // file found faulty halfway changes nothing; its units are dropped as read.
+    // The whole file is checked before any document is written, so that a file
+    // found faulty halfway changes nothing. The check reads it on a thread of
+    // its own while the units are applied: a job that would write waits for it,
+    // and until then the documents are read on the other cores.
+    WriteGate gate;
     Catalog header;
-    if (!CatalogFile::check(path, &header, error))
-        return false;
-    if (header.targetLanguage.isEmpty())
-        *error = QStringLiteral("%1: error: the file names no target language (PO: the "
-                                "Language header; XLIFF: target-language)").arg(path);
-    else if (header.sourceLanguage.isEmpty())
-        *error = QStringLiteral("%1: error: the file names no source language (PO: the "
-                                "X-Source-Language header; XLIFF: source-language)").arg(path);
-    else if (header.sourceLanguage == header.targetLanguage)
-        *error = QStringLiteral("%1: error: the file translates '%2' into itself")
-                     .arg(path, header.sourceLanguage);
-    if (!error->isEmpty())
-        return false;
+    QString checkError;
+    const std::unique_ptr<QThread> checker(QThread::create([&] {
+        if (CatalogFile::check(path, &header, &checkError)) {
+            if (header.targetLanguage.isEmpty())
+                checkError = QStringLiteral("%1: error: the file names no target language (PO: "
+                                            "the Language header; XLIFF: target-language)")
+                                 .arg(path);
+            else if (header.sourceLanguage.isEmpty())
+                checkError = QStringLiteral("%1: error: the file names no source language (PO: "
+                                            "the X-Source-Language header; XLIFF: "
+                                            "source-language)")
+                                 .arg(path);
+            else if (header.sourceLanguage == header.targetLanguage)
+                checkError = QStringLiteral("%1: error: the file translates '%2' into itself")
+                                 .arg(path, header.sourceLanguage);
+        }
+        gate.decide(checkError.isEmpty());
+    }));
+    checker->start();
 
-    Importer importer(header, path, documents, dryRun);
-    Catalog again;
-    if (!CatalogFile::readEncoded(path, &again, error,
-                                  [&](EncodedUnit &&unit) { importer.add(std::move(unit)); }))
-        return false; // changed since the first read
-    *result = importer.finish();
+    // The languages are the file's own, read before its first unit.
+    Catalog languages;
+    std::optional<Importer> importer;
+    const auto start = [&] {
+        if (!importer)
+            importer.emplace(languages, path, documents, dryRun, &gate);
+    };
+    QString readError;
+    const bool read = CatalogFile::readEncoded(path, &languages, &readError,
+                                               [&](EncodedUnit &&unit) {
+                                                   start();
+                                                   importer->add(std::move(unit));
+                                               });
+    ImportResult applied;
+    if (read) {
+        start();
+        applied = importer->finish();
+    }
+    importer.reset(); // its jobs wait for the check
+    checker->wait();
+    if (!checkError.isEmpty()) {
+        *error = checkError;
+        return false;
+    }
+    if (!read) {
+        *error = readError; // changed since the check
+        return false;
+    }
+    *result = applied;
     return true;
 }
 

@@ -6,7 +6,9 @@
 
 #include <QFuture>
 #include <QHash>
+#include <QMutex>
 #include <QSet>
+#include <QWaitCondition>
 #include <QStringList>
 
 namespace ZyHelp::Translate {
@@ -23,6 +25,22 @@ struct ImportJob
 {
     const DocumentEntry *entry = nullptr;
     QList<const EncodedUnit *> units; // decoded by the job, on its thread
+};
+
+// Whether an import may write its documents: open once its file was found
+// whole and usable, closed when not. Jobs that would write wait for it.
+class WriteGate
+{
+public:
+    void decide(bool open);
+    bool waitOpen(); // blocks until decided
+
+private:
+    enum State { Pending, Open, Closed };
+
+    QMutex m_mutex;
+    QWaitCondition m_decided;
+    State m_state = Pending;
 };
 
 struct ImportJobResult
@@ -42,8 +60,9 @@ struct ImportJobResult
 class Importer
 {
 public:
+    // A job writes only once gate opens (a dry run never writes).
     Importer(const Catalog &header, const QString &catalogPath,
-             const QList<DocumentEntry> &documents, bool dryRun);
+             const QList<DocumentEntry> &documents, bool dryRun, WriteGate *gate);
     ~Importer();
 
     void add(EncodedUnit &&unit);
@@ -60,6 +79,7 @@ private:
     QString m_catalogPath;
     const QList<DocumentEntry> &m_documents;
     bool m_dryRun;
+    WriteGate *m_gate;
     QHash<QByteArray, qsizetype> m_documentIndex; // by relative path in UTF-8
     QList<EncodedUnit> m_pending;
     QList<EncodedUnit> m_runningUnits;
@@ -70,9 +90,10 @@ private:
     ImportResult m_result;
 };
 
-// Reads the file at path once to check it and its languages, then again into
-// an Importer. False, with error, for a file that is not valid or names no
-// usable pair of languages: then nothing was changed.
+// Reads the file at path into an Importer while another thread reads it to
+// check it whole and its languages; no document is written before that check
+// passes. False, with error, for a file that is not valid or names no usable
+// pair of languages: then nothing was changed.
 bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool dryRun,
                 ImportResult *result, QString *error);
 

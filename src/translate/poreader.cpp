@@ -95,6 +95,7 @@ private:
     bool keyword(const QByteArray &text, qsizetype from, bool previous);
     bool string(const QByteArray &text, qsizetype from, QByteArray *out);
     bool endEntry();
+    bool sendEncoded();
     bool readHeader(const QString &header);
 
     Catalog *m_catalog;
@@ -356,6 +357,9 @@ bool Parser::endEntry()
         if (entry.byteEscapes && invalidUtf8(*text) >= 0)
             return fail(1, QStringLiteral("an escape gives a string that is not UTF-8"));
     }
+    // An encoded read goes beside a check of the same file, which finds ids given twice.
+    if (m_encodedSink)
+        return sendEncoded();
     const auto seen = m_ids.constFind(entry.context);
     if (seen != m_ids.cend())
         return fail(1, QStringLiteral("the id '%1' was given before, on line %2")
@@ -364,24 +368,6 @@ bool Parser::endEntry()
     m_ids.insert(entry.context, entry.line);
     if (!m_keepUnits)
         return true;
-    if (m_encodedSink) {
-        EncodedUnit unit;
-        const QByteArrayView target =
-            entry.plural ? QByteArrayView() : QByteArrayView(entry.translation);
-        unit.texts.reserve(entry.context.size() + entry.id.size() + target.size()
-                           + entry.previousId.size());
-        unit.texts += entry.context;
-        unit.sourceAt = unit.texts.size();
-        unit.texts += entry.id;
-        unit.targetAt = unit.texts.size();
-        unit.texts.append(target);
-        unit.previousAt = unit.texts.size();
-        unit.texts += entry.previousId;
-        unit.fuzzy = entry.fuzzy;
-        unit.line = entry.line;
-        m_encodedSink(std::move(unit));
-        return true;
-    }
     TranslationUnit unit;
     unit.id = QString::fromUtf8(entry.context);
     unit.source = QString::fromUtf8(entry.id);
@@ -395,6 +381,27 @@ bool Parser::endEntry()
         m_sink(std::move(unit));
     else
         m_catalog->units.append(std::move(unit));
+    return true;
+}
+
+bool Parser::sendEncoded()
+{
+    const Entry &entry = m_entry;
+    EncodedUnit unit;
+    const QByteArrayView target =
+        entry.plural ? QByteArrayView() : QByteArrayView(entry.translation);
+    unit.texts.reserve(entry.context.size() + entry.id.size() + target.size()
+                       + entry.previousId.size());
+    unit.texts += entry.context;
+    unit.sourceAt = unit.texts.size();
+    unit.texts += entry.id;
+    unit.targetAt = unit.texts.size();
+    unit.texts.append(target);
+    unit.previousAt = unit.texts.size();
+    unit.texts += entry.previousId;
+    unit.fuzzy = entry.fuzzy;
+    unit.line = entry.line;
+    m_encodedSink(std::move(unit));
     return true;
 }
 

@@ -21,7 +21,8 @@ public:
     // large file need not be held whole.
     bool read(QIODevice *device, Catalog *catalog, ReadError *error,
               const std::function<void(TranslationUnit &&)> &sink = {});
-    // The same with each unit, still in UTF-8, to sink.
+    // The same with each unit, still in UTF-8, to sink, and without looking for
+    // ids given twice: for a file that check() reads too.
     bool readEncoded(QIODevice *device, Catalog *catalog, ReadError *error,
                      const std::function<void(EncodedUnit &&)> &sink);
     // Reads the whole file for its faults and header only, keeping no unit.

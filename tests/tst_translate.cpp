@@ -416,6 +416,27 @@ private slots:
         QCOMPARE(translate("status --source de proj").out.section('\n', -2), QString(
             "en from de, 1002 documents: 21011 translated (21029 words), 0 untranslated (0 words), "
             "1 not ready (1 words)\n"));
+
+        // Merged with an earlier file whose translations are not the documents': each unit
+        // gets its earlier one, held in blocks of several documents, also where the file
+        // has a document's units in two runs.
+        QByteArray po = Test::readFile(path("x.po"));
+        const QByteArray moved = "\n#. section 1 of 10, \"N0\"\n#: viele/0.zyhelp\n"
+                                 "msgctxt \"viele/0.zyhelp#1/content\"\nmsgid \"T0\"\n"
+                                 "msgstr \"T0\"\n";
+        QVERIFY(po.contains(moved));
+        po.replace(moved, "").append(moved).replace("msgstr \"T", "msgstr \"\u00dc");
+        Test::writeFile(path("x.po"), po);
+        HelpData d = read("proj/viele/500.zyhelp");
+        d.languages["de"].sections[3].content = "T3 neu";
+        QVERIFY(HelpWriter().writeXml(d, path("proj/viele/500.zyhelp")));
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
+        po = Test::readFile(path("x.po"));
+        QCOMPARE(po.count("msgstr \"\u00dc"), 10000 + 1); // and a.zyhelp's "Text drei"
+        QVERIFY(po.contains("msgctxt \"viele/0.zyhelp#1/content\"\nmsgid \"T0\"\n"
+                            "msgstr \"\u00dc0\"\n"));
+        QCOMPARE(po.count("#, fuzzy\n"), 1);
+        QVERIFY(po.contains("#, fuzzy\n#| msgid \"T3\"\nmsgctxt \"viele/500.zyhelp#4/content\"\n"));
     }
 
     void earlierFileLeftAlone() // an earlier file that cannot be merged stays as it is

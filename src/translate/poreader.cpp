@@ -365,7 +365,8 @@ bool Parser::endEntry()
         return fail(1, QStringLiteral("the id '%1' was given before, on line %2")
                            .arg(QString::fromUtf8(entry.context))
                            .arg(seen.value()));
-    m_ids.insert(entry.context, entry.line);
+    // A copy of its own, no larger than the id: the entry's buffer stays for the next.
+    m_ids.insert(QByteArray(entry.context.constData(), entry.context.size()), entry.line);
     if (!m_keepUnits)
         return true;
     TranslationUnit unit;

@@ -8,11 +8,11 @@ QString unitId(const QString &relativePath, const UnitPlace &place)
     case UnitPlace::Description:
         return relativePath + QStringLiteral("#description");
     case UnitPlace::Name:
-        return relativePath + QStringLiteral("#%1/name").arg(place.section + 1);
+        return relativePath + u'#' + QString::number(place.section + 1) + QStringLiteral("/name");
     case UnitPlace::Content:
         break;
     }
-    return relativePath + QStringLiteral("#%1/content").arg(place.section + 1);
+    return relativePath + u'#' + QString::number(place.section + 1) + QStringLiteral("/content");
 }
 
 bool parseUnitId(const QString &id, QString *relativePath, UnitPlace *place)
@@ -90,16 +90,18 @@ QList<TranslationUnit> documentUnits(const HelpData &data, const QString &relati
             if (translation && !isUnwritten(*translation))
                 unit.target = *translation;
         }
-        units.append(unit);
+        units.append(std::move(unit));
     };
     add(UnitPlace{UnitPlace::Description, 0}, QStringLiteral("description of the document"));
     const qsizetype count = sourceLanguage->sections.size();
+    const QString ofCount = QStringLiteral(" of ") + QString::number(count);
+    units.reserve(1 + 2 * count);
     for (qsizetype i = 0; i < count; ++i) {
-        const QString name = sourceLanguage->sections.at(i).name;
-        add(UnitPlace{UnitPlace::Name, i},
-            QStringLiteral("name of section %1 of %2").arg(i + 1).arg(count));
+        const QString number = QString::number(i + 1);
+        add(UnitPlace{UnitPlace::Name, i}, QStringLiteral("name of section ") + number + ofCount);
         add(UnitPlace{UnitPlace::Content, i},
-            QStringLiteral("section %1 of %2, \"%3\"").arg(i + 1).arg(count).arg(name));
+            QStringLiteral("section ") + number + ofCount + QStringLiteral(", \"")
+                + sourceLanguage->sections.at(i).name + u'"');
     }
     return units;
 }

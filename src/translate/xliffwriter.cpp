@@ -23,7 +23,10 @@ void XliffWriter::writeDocument(const QList<TranslationUnit> &units)
 {
     if (units.isEmpty())
         return;
-    QXmlStreamWriter xml(m_device);
+    // Written to a string and then to the device at once: the writer's many
+    // small writes cost more through a device than the text itself.
+    QString text;
+    QXmlStreamWriter xml(&text);
     xml.setAutoFormatting(true);
     xml.setAutoFormattingIndent(2);
     xml.writeStartElement(QStringLiteral("file"));
@@ -60,6 +63,7 @@ void XliffWriter::writeDocument(const QList<TranslationUnit> &units)
     }
     xml.writeEndElement();
     xml.writeEndElement();
+    m_device->write(text.toUtf8());
 }
 
 void XliffWriter::finish()

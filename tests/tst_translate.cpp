@@ -168,6 +168,34 @@ private slots:
         QVERIFY(!text.contains("a.zyhelp#2/content")); // a placeholder is not exported
     }
 
+    void poWrapping_data()
+    {
+        QTest::addColumn<QString>("text");
+        const QString words = "Ein Satz mit Wörtern, die über die Zeilenbreite von gettext hinaus "
+                              "gehen und dort umbrochen werden; ";
+        QTest::newRow("spaces") << words + words;
+        QTest::newRow("a word longer than a line")
+            << "Vor " + QString(120, u'x') + " nach " + words;
+        QTest::newRow("umlauts at the width") << QString(70, u'ä') + " " + QString(20, u'ö');
+        QTest::newRow("line breaks and backslashes")
+            << words + "\n\\\nEnde\n" + words + "\\" + words + "\n";
+        QTest::newRow("tabs and quotes") << words + "\t\"Zitat\"\t" + words;
+    }
+    void poWrapping() // PO strings wrapped exactly as gettext's msgcat wraps them
+    {
+        QFETCH(QString, text);
+        Catalog catalog;
+        catalog.sourceLanguage = "de";
+        catalog.targetLanguage = "en";
+        const TranslationUnit unit{"a.zyhelp#1/content", text, text, text, "a.zyhelp", text,
+                                   true};
+        catalog.units = {unit};
+        QString error;
+        QVERIFY(CatalogFile::write(path("x.po"), catalog, &error));
+        QCOMPARE(run("msgcat", {"x.po", "-o", "gettext.po"}).code, 0);
+        QCOMPARE(Test::readFile(path("x.po")), Test::readFile(path("gettext.po")));
+    }
+
     void roundTrip_data()
     {
         QTest::addColumn<QString>("file");
@@ -375,6 +403,11 @@ private slots:
             "4:1: an escape gives a string that is not UTF-8");
         row("no last line break", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"", "i|x|y|0|");
         // The reader reads blocks of 1 MiB: lines across them are still counted as lines.
+        // A CR LF whose CR ends a block and whose LF begins the next.
+        const QByteArray start = head + "msgctxt \"i\"\nmsgid \"";
+        row("CR LF across blocks",
+            start + QByteArray((1 << 20) - 2 - start.size(), 'x') + "\"\r\nmsgstr \"y\"\n",
+            "i|xxx");
         row("lines across blocks", head + "msgctxt \"i\"\nmsgid \"" + QByteArray(3 << 19, 'x')
                 + "\"\r\nmsgstr \"\"\n\nmsgid \"\\q\"\n", "8:8: unknown escape sequence");
     }
@@ -410,6 +443,14 @@ private slots:
         }
         QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
         fill("x.po");
+        // A fault after the last unit: the batches before, that would write, wait for the
+        // check of the whole file, which fails.
+        Test::writeFile(path("y.po"), Test::readFile(path("x.po")) + "\nmsgid \"\\q\"\n");
+        const QByteArray first = Test::readFile(path("proj/viele/0.zyhelp"));
+        const Run faulty = translate("import y.po proj");
+        QCOMPARE(faulty.code, 2);
+        QVERIFY(faulty.out.isEmpty());
+        QCOMPARE(Test::readFile(path("proj/viele/0.zyhelp")), first);
         const Run import = translate("import x.po proj");
         QCOMPARE(import.code, 0);
         QCOMPARE(import.out.count("wrote "), 1002);
@@ -531,6 +572,13 @@ private slots:
             "a.zyhelp#3/inhalt: not a unit id of zyhelptranslate; not applied");
         row("a control character", "x.po", "msgstr \"Text drei\"", "msgstr \"Text\\001drei\"", 1,
             "a.zyhelp#3/content: the translation holds a character that a document cannot hold");
+        // Faults after the last unit: the units before would change both documents.
+        row("po fault at the end", "x.po", "msgstr \"Zweiter\"\n",
+            "msgstr \"Zweiter\"\n\nmsgid \"\\q\"\n", 2, "unknown escape sequence");
+        row("xliff fault at the end", "x.xlf", "</xliff>", "</xliff><x/>", 2,
+            ":\\d+:\\d+: error: ");
+        row("id without a place", "x.po", "msgctxt \"a.zyhelp#description\"",
+            "msgctxt \"description\"", 1, "description: not a unit id of zyhelptranslate");
         row("trailing line break", "x.po", "msgstr \"Text drei\"", "msgstr \"Text drei\\n\"", 1,
             "#3/content: the translation and its source differ in a leading or trailing line");
     }

@@ -107,7 +107,10 @@ private:
     QByteArray m_ignored; // strings read but not kept
     qint64 m_line = 0;
     bool m_headerSeen = false;
-    QHash<QByteArray, qint64> m_ids; // line of each id read, by the id in UTF-8
+    QByteArrayView keep(const QByteArray &id);
+
+    QHash<QByteArrayView, qint64> m_ids; // line of each id read, by the id in UTF-8
+    QList<QByteArray> m_idStore; // the ids' bytes, in blocks that are never moved
     bool m_keepUnits = true; // false: the file is only checked
 };
 
@@ -365,8 +368,7 @@ bool Parser::endEntry()
         return fail(1, QStringLiteral("the id '%1' was given before, on line %2")
                            .arg(QString::fromUtf8(entry.context))
                            .arg(seen.value()));
-    // A copy of its own, no larger than the id: the entry's buffer stays for the next.
-    m_ids.insert(QByteArray(entry.context.constData(), entry.context.size()), entry.line);
+    m_ids.insert(keep(entry.context), entry.line);
     if (!m_keepUnits)
         return true;
     TranslationUnit unit;
@@ -404,6 +406,21 @@ bool Parser::sendEncoded()
     unit.line = entry.line;
     m_encodedSink(std::move(unit));
     return true;
+}
+
+// A copy of id for m_ids: tens of thousands of ids cost a few blocks, not an
+// allocation each.
+QByteArrayView Parser::keep(const QByteArray &id)
+{
+    const qsizetype idBlockSize = 1 << 16;
+    if (m_idStore.isEmpty() || m_idStore.last().capacity() - m_idStore.last().size() < id.size()) {
+        m_idStore.append(QByteArray());
+        m_idStore.last().reserve(std::max(idBlockSize, id.size()));
+    }
+    QByteArray &block = m_idStore.last();
+    const qsizetype at = block.size();
+    block.append(id); // within its capacity: the bytes before do not move
+    return QByteArrayView(block.constData() + at, id.size());
 }
 
 bool Parser::finish(qint64 lastLine)

@@ -112,6 +112,7 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
 
     HelpData changed = data;
     const auto source = data.languages.constFind(catalog.sourceLanguage);
+    bool modified = false;
     for (const PlacedUnit &placed : std::as_const(units)) {
         const TranslationUnit *unit = &placed.unit;
         const UnitPlace &place = placed.place;
@@ -142,14 +143,22 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
                                        "cannot hold; not applied"));
             continue;
         }
+        // Documents hold their texts trimmed: a translation is applied as it reads back.
+        QString text = unit->target.trimmed();
+        ++result.applied;
+        // Most units of a file imported before are in place already: the document
+        // is copied only for one that is not.
+        const auto current = data.languages.constFind(catalog.targetLanguage);
+        const QString *now = current == data.languages.cend() ? nullptr : textAt(*current, place);
+        if (now && *now == text)
+            continue;
         HelpLanguage &target = changed.languages[catalog.targetLanguage];
         if (!data.languages.contains(catalog.targetLanguage) && target.description.isEmpty())
             target.description = QStringLiteral("...");
-        // Documents hold their texts trimmed: a translation is applied as it reads back.
-        textAt(target, place) = unit->target.trimmed();
-        ++result.applied;
+        textAt(target, place) = std::move(text);
+        modified = true;
     }
-    if (sameLanguages(data, changed))
+    if (!modified || sameLanguages(data, changed))
         return result;
     if (dryRun) {
         result.change = QStringLiteral("would write %1").arg(job.entry->displayPath);

@@ -196,6 +196,32 @@ private slots:
         QCOMPARE(Test::readFile(path("x.po")), Test::readFile(path("gettext.po")));
     }
 
+    // The XLIFF writer writes texts that need only the four escapes itself, as
+    // QXmlStreamWriter would, and leaves the others to it: the hard text goes the
+    // first way, an earlier translation with a carriage return the second.
+    void xliffWriterPaths()
+    {
+        QCOMPARE(translate("export --source de --target en -o x.xlf proj").code, 0);
+        QByteArray xlf = Test::readFile(path("x.xlf"));
+        QVERIFY(xlf.contains("\n      <source>Er sagte &quot;Hallo&quot; \\ und\tging.\nZweite"));
+        xlf.replace(">First text</target>", ">First&#13;text</target>");
+        Test::writeFile(path("x.xlf"), xlf);
+        QCOMPARE(translate("export --source de --target en -o x.xlf proj").code, 0);
+        validate("x.xlf");
+        Catalog merged;
+        QString error;
+        QVERIFY2(CatalogFile::read(path("x.xlf"), &merged, &error), qPrintable(error));
+        QHash<QString, TranslationUnit> units;
+        for (const TranslationUnit &unit : std::as_const(merged.units))
+            units.insert(unit.id, unit);
+        QCOMPARE(units.size(), 11);
+        QCOMPARE(units.value("a.zyhelp#1/content").source, hard);
+        QCOMPARE(units.value("kapitel/b.zyhelp#description").target, "Chapter");
+        // QXmlStreamWriter writes a carriage return as it is, which XML reads as a line feed.
+        QCOMPARE(units.value("kapitel/b.zyhelp#1/content").target.replace(u'\r', u'\n'),
+                 "First\ntext");
+    }
+
     void roundTrip_data()
     {
         QTest::addColumn<QString>("file");

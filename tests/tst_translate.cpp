@@ -232,6 +232,8 @@ private slots:
             << "x.po" << QStringList{"msgcat", "--width=20", "x.po", "-o", "x.po"} << "%1";
         QTest::newRow("po without wrapping, msgcat")
             << "x.po" << QStringList{"msgcat", "--no-wrap", "x.po", "-o", "x.po"} << "%1";
+        QTest::newRow("po sorted by msgcat") // the documents' units interleaved
+            << "x.po" << QStringList{"msgcat", "--sort-output", "x.po", "-o", "x.po"} << "%1";
         QTest::newRow("po rewritten by translate-toolkit")
             << "x.po" << QStringList{"podebug", "--rewrite=xxx", "-i", "x.po", "-o", "y.po"}
             << "xxx%1xxx";
@@ -279,12 +281,22 @@ private slots:
         QCOMPARE(documents(), before);
     }
 
-    void mergeKeepsTranslations_data() { unchangedFileChangesNoByte_data(); }
+    void mergeKeepsTranslations_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<bool>("sorted"); // by msgid: the documents' units in several runs
+        QTest::newRow("po") << "x.po" << false;
+        QTest::newRow("po sorted by msgcat") << "x.po" << true;
+        QTest::newRow("xliff") << "x.xlf" << false;
+    }
     void mergeKeepsTranslations()
     {
         QFETCH(QString, file);
+        QFETCH(bool, sorted);
         QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
         fill(file);
+        if (sorted)
+            QCOMPARE(run("msgcat", {"--sort-output", file, "-o", file}).code, 0);
         HelpData a = read("proj/a.zyhelp");
         a.languages["de"].sections[0].content = "Neu";
         a.languages["de"].sections.append(HelpSection{"Vier", "Text vier"});
@@ -425,6 +437,13 @@ private slots:
         row("two headers", head + head, "4:1: a second header");
         row("no header", "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"\"\n",
             "1:1: no header entry");
+        // The check skips ASCII eight bytes at a time: faults at either side of a step.
+        for (const int column : {8, 9, 16, 17, 24, 25}) {
+            QTest::addRow("not UTF-8 at column %d", column)
+                << head + "msgid \"" + QByteArray(column - 8, 'x') + "\xC3(\"\n"
+                << QString("4:%1: not UTF-8").arg(column);
+        }
+        row("overlong UTF-8", head + "msgid \"abcdefgh\xC0\xAF\"\n", "4:16: not UTF-8");
         row("escape not UTF-8", head + "msgctxt \"i\"\nmsgid \"\\303\"\nmsgstr \"\"\n",
             "4:1: an escape gives a string that is not UTF-8");
         row("no last line break", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"", "i|x|y|0|");

@@ -168,6 +168,60 @@ private slots:
         QVERIFY(!text.contains("a.zyhelp#2/content")); // a placeholder is not exported
     }
 
+    void poWrapping_data()
+    {
+        QTest::addColumn<QString>("text");
+        const QString words = "Ein Satz mit Wörtern, die über die Zeilenbreite von gettext hinaus "
+                              "gehen und dort umbrochen werden; ";
+        QTest::newRow("spaces") << words + words;
+        QTest::newRow("a word longer than a line")
+            << "Vor " + QString(120, u'x') + " nach " + words;
+        QTest::newRow("umlauts at the width") << QString(70, u'ä') + " " + QString(20, u'ö');
+        QTest::newRow("line breaks and backslashes")
+            << words + "\n\\\nEnde\n" + words + "\\" + words + "\n";
+        QTest::newRow("tabs and quotes") << words + "\t\"Zitat\"\t" + words;
+    }
+    void poWrapping() // PO strings wrapped exactly as gettext's msgcat wraps them
+    {
+        QFETCH(QString, text);
+        Catalog catalog;
+        catalog.sourceLanguage = "de";
+        catalog.targetLanguage = "en";
+        const TranslationUnit unit{"a.zyhelp#1/content", text, text, text, "a.zyhelp", text,
+                                   true};
+        catalog.units = {unit};
+        QString error;
+        QVERIFY(CatalogFile::write(path("x.po"), catalog, &error));
+        QCOMPARE(run("msgcat", {"x.po", "-o", "gettext.po"}).code, 0);
+        QCOMPARE(Test::readFile(path("x.po")), Test::readFile(path("gettext.po")));
+    }
+
+    // The XLIFF writer writes texts that need only the four escapes itself, as
+    // QXmlStreamWriter would, and leaves the others to it: the hard text goes the
+    // first way, an earlier translation with a carriage return the second.
+    void xliffWriterPaths()
+    {
+        QCOMPARE(translate("export --source de --target en -o x.xlf proj").code, 0);
+        QByteArray xlf = Test::readFile(path("x.xlf"));
+        QVERIFY(xlf.contains("\n      <source>Er sagte &quot;Hallo&quot; \\ und\tging.\nZweite"));
+        xlf.replace(">First text</target>", ">First&#13;text</target>");
+        Test::writeFile(path("x.xlf"), xlf);
+        QCOMPARE(translate("export --source de --target en -o x.xlf proj").code, 0);
+        validate("x.xlf");
+        Catalog merged;
+        QString error;
+        QVERIFY2(CatalogFile::read(path("x.xlf"), &merged, &error), qPrintable(error));
+        QHash<QString, TranslationUnit> units;
+        for (const TranslationUnit &unit : std::as_const(merged.units))
+            units.insert(unit.id, unit);
+        QCOMPARE(units.size(), 11);
+        QCOMPARE(units.value("a.zyhelp#1/content").source, hard);
+        QCOMPARE(units.value("kapitel/b.zyhelp#description").target, "Chapter");
+        // QXmlStreamWriter writes a carriage return as it is, which XML reads as a line feed.
+        QCOMPARE(units.value("kapitel/b.zyhelp#1/content").target.replace(u'\r', u'\n'),
+                 "First\ntext");
+    }
+
     void roundTrip_data()
     {
         QTest::addColumn<QString>("file");
@@ -178,6 +232,8 @@ private slots:
             << "x.po" << QStringList{"msgcat", "--width=20", "x.po", "-o", "x.po"} << "%1";
         QTest::newRow("po without wrapping, msgcat")
             << "x.po" << QStringList{"msgcat", "--no-wrap", "x.po", "-o", "x.po"} << "%1";
+        QTest::newRow("po sorted by msgcat") // the documents' units interleaved
+            << "x.po" << QStringList{"msgcat", "--sort-output", "x.po", "-o", "x.po"} << "%1";
         QTest::newRow("po rewritten by translate-toolkit")
             << "x.po" << QStringList{"podebug", "--rewrite=xxx", "-i", "x.po", "-o", "y.po"}
             << "xxx%1xxx";
@@ -225,12 +281,22 @@ private slots:
         QCOMPARE(documents(), before);
     }
 
-    void mergeKeepsTranslations_data() { unchangedFileChangesNoByte_data(); }
+    void mergeKeepsTranslations_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<bool>("sorted"); // by msgid: the documents' units in several runs
+        QTest::newRow("po") << "x.po" << false;
+        QTest::newRow("po sorted by msgcat") << "x.po" << true;
+        QTest::newRow("xliff") << "x.xlf" << false;
+    }
     void mergeKeepsTranslations()
     {
         QFETCH(QString, file);
+        QFETCH(bool, sorted);
         QCOMPARE(translate("export --source de --target en -o " + file + " proj").code, 0);
         fill(file);
+        if (sorted)
+            QCOMPARE(run("msgcat", {"--sort-output", file, "-o", file}).code, 0);
         HelpData a = read("proj/a.zyhelp");
         a.languages["de"].sections[0].content = "Neu";
         a.languages["de"].sections.append(HelpSection{"Vier", "Text vier"});
@@ -371,6 +437,24 @@ private slots:
         row("two headers", head + head, "4:1: a second header");
         row("no header", "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"\"\n",
             "1:1: no header entry");
+        // The check skips ASCII eight bytes at a time: faults at either side of a step.
+        for (const int column : {8, 9, 16, 17, 24, 25}) {
+            QTest::addRow("not UTF-8 at column %d", column)
+                << head + "msgid \"" + QByteArray(column - 8, 'x') + "\xC3(\"\n"
+                << QString("4:%1: not UTF-8").arg(column);
+        }
+        row("overlong UTF-8", head + "msgid \"abcdefgh\xC0\xAF\"\n", "4:16: not UTF-8");
+        row("escape not UTF-8", head + "msgctxt \"i\"\nmsgid \"\\303\"\nmsgstr \"\"\n",
+            "4:1: an escape gives a string that is not UTF-8");
+        row("no last line break", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"", "i|x|y|0|");
+        // The reader reads blocks of 1 MiB: lines across them are still counted as lines.
+        // A CR LF whose CR ends a block and whose LF begins the next.
+        const QByteArray start = head + "msgctxt \"i\"\nmsgid \"";
+        row("CR LF across blocks",
+            start + QByteArray((1 << 20) - 2 - start.size(), 'x') + "\"\r\nmsgstr \"y\"\n",
+            "i|xxx");
+        row("lines across blocks", head + "msgctxt \"i\"\nmsgid \"" + QByteArray(3 << 19, 'x')
+                + "\"\r\nmsgstr \"\"\n\nmsgid \"\\q\"\n", "8:8: unknown escape sequence");
     }
     void poReader()
     {
@@ -404,12 +488,41 @@ private slots:
         }
         QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
         fill("x.po");
+        // A fault after the last unit: the batches before, that would write, wait for the
+        // check of the whole file, which fails.
+        Test::writeFile(path("y.po"), Test::readFile(path("x.po")) + "\nmsgid \"\\q\"\n");
+        const QByteArray first = Test::readFile(path("proj/viele/0.zyhelp"));
+        const Run faulty = translate("import y.po proj");
+        QCOMPARE(faulty.code, 2);
+        QVERIFY(faulty.out.isEmpty());
+        QCOMPARE(Test::readFile(path("proj/viele/0.zyhelp")), first);
         const Run import = translate("import x.po proj");
         QCOMPARE(import.code, 0);
         QCOMPARE(import.out.count("wrote "), 1002);
         QCOMPARE(translate("status --source de proj").out.section('\n', -2), QString(
             "en from de, 1002 documents: 21011 translated (21029 words), 0 untranslated (0 words), "
             "1 not ready (1 words)\n"));
+
+        // Merged with an earlier file whose translations are not the documents': each unit
+        // gets its earlier one, held in blocks of several documents, also where the file
+        // has a document's units in two runs.
+        QByteArray po = Test::readFile(path("x.po"));
+        const QByteArray moved = "\n#. section 1 of 10, \"N0\"\n#: viele/0.zyhelp\n"
+                                 "msgctxt \"viele/0.zyhelp#1/content\"\nmsgid \"T0\"\n"
+                                 "msgstr \"T0\"\n";
+        QVERIFY(po.contains(moved));
+        po.replace(moved, "").append(moved).replace("msgstr \"T", "msgstr \"\u00dc");
+        Test::writeFile(path("x.po"), po);
+        HelpData d = read("proj/viele/500.zyhelp");
+        d.languages["de"].sections[3].content = "T3 neu";
+        QVERIFY(HelpWriter().writeXml(d, path("proj/viele/500.zyhelp")));
+        QCOMPARE(translate("export --source de --target en -o x.po proj").code, 0);
+        po = Test::readFile(path("x.po"));
+        QCOMPARE(po.count("msgstr \"\u00dc"), 10000 + 1); // and a.zyhelp's "Text drei"
+        QVERIFY(po.contains("msgctxt \"viele/0.zyhelp#1/content\"\nmsgid \"T0\"\n"
+                            "msgstr \"\u00dc0\"\n"));
+        QCOMPARE(po.count("#, fuzzy\n"), 1);
+        QVERIFY(po.contains("#, fuzzy\n#| msgid \"T3\"\nmsgctxt \"viele/500.zyhelp#4/content\"\n"));
     }
 
     void earlierFileLeftAlone() // an earlier file that cannot be merged stays as it is
@@ -504,6 +617,13 @@ private slots:
             "a.zyhelp#3/inhalt: not a unit id of zyhelptranslate; not applied");
         row("a control character", "x.po", "msgstr \"Text drei\"", "msgstr \"Text\\001drei\"", 1,
             "a.zyhelp#3/content: the translation holds a character that a document cannot hold");
+        // Faults after the last unit: the units before would change both documents.
+        row("po fault at the end", "x.po", "msgstr \"Zweiter\"\n",
+            "msgstr \"Zweiter\"\n\nmsgid \"\\q\"\n", 2, "unknown escape sequence");
+        row("xliff fault at the end", "x.xlf", "</xliff>", "</xliff><x/>", 2,
+            ":\\d+:\\d+: error: ");
+        row("id without a place", "x.po", "msgctxt \"a.zyhelp#description\"",
+            "msgctxt \"description\"", 1, "description: not a unit id of zyhelptranslate");
         row("trailing line break", "x.po", "msgstr \"Text drei\"", "msgstr \"Text drei\\n\"", 1,
             "#3/content: the translation and its source differ in a leading or trailing line");
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+#include <QByteArrayView>
 #include <QList>
 #include <QString>
 
@@ -18,6 +20,24 @@ struct TranslationUnit
     QString note; // for the translator
     bool fuzzy = false;
     qint64 line = 0; // where a reader found it, from 1
+};
+
+// A unit as a reader found it, its texts still in UTF-8 and in one array: a
+// unit costs the reading thread one allocation, and the thread that applies
+// it decodes it.
+struct EncodedUnit
+{
+    QByteArray texts; // the id, source, target and previous source, one after another
+    qsizetype sourceAt = 0;
+    qsizetype targetAt = 0;
+    qsizetype previousAt = 0;
+    bool fuzzy = false;
+    qint64 line = 0;
+
+    static EncodedUnit encode(const TranslationUnit &unit);
+    QByteArrayView id() const { return QByteArrayView(texts).first(sourceAt); }
+    bool hasTarget() const { return previousAt > targetAt; }
+    TranslationUnit decoded() const;
 };
 
 // The units of one language pair, in the order of the documents and their texts.

@@ -22,17 +22,24 @@ CatalogFile::Format CatalogFile::formatOf(const QString &path)
 
 bool CatalogFile::check(const QString &path, Catalog *header, QString *errorString)
 {
-    return read(path, header, errorString, {}, true);
+    return read(path, header, errorString, {}, {}, CheckOnly);
 }
 
 bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString,
                        const std::function<void(TranslationUnit &&)> &sink)
 {
-    return read(path, catalog, errorString, sink, false);
+    return read(path, catalog, errorString, sink, {}, Units);
+}
+
+bool CatalogFile::readEncoded(const QString &path, Catalog *catalog, QString *errorString,
+                              const std::function<void(EncodedUnit &&)> &sink)
+{
+    return read(path, catalog, errorString, {}, sink, Encoded);
 }
 
 bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorString,
-                       const std::function<void(TranslationUnit &&)> &sink, bool checkOnly)
+                       const std::function<void(TranslationUnit &&)> &sink,
+                       const std::function<void(EncodedUnit &&)> &encodedSink, Mode mode)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
@@ -41,12 +48,20 @@ bool CatalogFile::read(const QString &path, Catalog *catalog, QString *errorStri
     }
     ReadError error;
     bool read = false;
-    if (formatOf(path) == Xliff)
-        read = XliffReader().read(&file, catalog, &error,
-                                  checkOnly ? [](TranslationUnit &&) {} : sink);
-    else
-        read = checkOnly ? PoReader().check(&file, catalog, &error)
-                         : PoReader().read(&file, catalog, &error, sink);
+    if (formatOf(path) == Xliff) {
+        std::function<void(TranslationUnit &&)> units = sink;
+        if (mode == CheckOnly)
+            units = [](TranslationUnit &&) {};
+        else if (mode == Encoded)
+            units = [&](TranslationUnit &&unit) { encodedSink(EncodedUnit::encode(unit)); };
+        read = XliffReader().read(&file, catalog, &error, units);
+    } else if (mode == CheckOnly) {
+        read = PoReader().check(&file, catalog, &error);
+    } else if (mode == Encoded) {
+        read = PoReader().readEncoded(&file, catalog, &error, encodedSink);
+    } else {
+        read = PoReader().read(&file, catalog, &error, sink);
+    }
     if (!read)
         *errorString = QStringLiteral("%1:%2:%3: error: %4")
                            .arg(path)

@@ -20,14 +20,20 @@ public:
     // sink: as the readers take it.
     static bool read(const QString &path, Catalog *catalog, QString *errorString,
                      const std::function<void(TranslationUnit &&)> &sink = {});
+    // The same with each unit, still in UTF-8, to sink.
+    static bool readEncoded(const QString &path, Catalog *catalog, QString *errorString,
+                            const std::function<void(EncodedUnit &&)> &sink);
     // The same, for the file's faults and header only: no unit is kept.
     static bool check(const QString &path, Catalog *header, QString *errorString);
     // Writes the whole file or, on failure, leaves the old one as it was.
     static bool write(const QString &path, const Catalog &catalog, QString *errorString);
 
 private:
+    enum Mode { Units, Encoded, CheckOnly };
+
     static bool read(const QString &path, Catalog *catalog, QString *errorString,
-                     const std::function<void(TranslationUnit &&)> &sink, bool checkOnly);
+                     const std::function<void(TranslationUnit &&)> &sink,
+                     const std::function<void(EncodedUnit &&)> &encodedSink, Mode mode);
 };
 
 } // namespace ZyHelp::Translate

@@ -8,11 +8,11 @@ QString unitId(const QString &relativePath, const UnitPlace &place)
     case UnitPlace::Description:
         return relativePath + QStringLiteral("#description");
     case UnitPlace::Name:
-        return relativePath + QStringLiteral("#%1/name").arg(place.section + 1);
+        return relativePath + u'#' + QString::number(place.section + 1) + QStringLiteral("/name");
     case UnitPlace::Content:
         break;
     }
-    return relativePath + QStringLiteral("#%1/content").arg(place.section + 1);
+    return relativePath + u'#' + QString::number(place.section + 1) + QStringLiteral("/content");
 }
 
 bool parseUnitId(const QString &id, QString *relativePath, UnitPlace *place)
@@ -29,12 +29,19 @@ bool parseUnitId(const QString &id, QString *relativePath, UnitPlace *place)
     const qsizetype slash = rest.indexOf(u'/');
     if (slash < 0)
         return false;
-    bool ok = false;
-    const qlonglong number = rest.left(slash).toLongLong(&ok);
+    // Written as unitId writes it, digits without a leading zero, so that
+    // "#02/name" is no second name for "#2/name".
+    const QStringView digits = rest.left(slash);
+    if (digits.isEmpty() || digits.size() > 6 || digits.front() == u'0')
+        return false;
+    qlonglong number = 0;
+    for (const QChar digit : digits) {
+        if (digit < u'0' || digit > u'9')
+            return false;
+        number = number * 10 + (digit.unicode() - u'0');
+    }
     const QStringView kind = rest.mid(slash + 1);
-    // Written as unitId writes it, so that "#02/name" is no second name for "#2/name".
-    if (!ok || number < 1 || number > 100000 || rest.left(slash) != QString::number(number)
-        || (kind != u"name" && kind != u"content"))
+    if (number > 100000 || (kind != u"name" && kind != u"content"))
         return false;
     *place = UnitPlace{kind == u"name" ? UnitPlace::Name : UnitPlace::Content,
                        qsizetype(number - 1)};
@@ -83,16 +90,18 @@ QList<TranslationUnit> documentUnits(const HelpData &data, const QString &relati
             if (translation && !isUnwritten(*translation))
                 unit.target = *translation;
         }
-        units.append(unit);
+        units.append(std::move(unit));
     };
     add(UnitPlace{UnitPlace::Description, 0}, QStringLiteral("description of the document"));
     const qsizetype count = sourceLanguage->sections.size();
+    const QString ofCount = QStringLiteral(" of ") + QString::number(count);
+    units.reserve(1 + 2 * count);
     for (qsizetype i = 0; i < count; ++i) {
-        const QString name = sourceLanguage->sections.at(i).name;
-        add(UnitPlace{UnitPlace::Name, i},
-            QStringLiteral("name of section %1 of %2").arg(i + 1).arg(count));
+        const QString number = QString::number(i + 1);
+        add(UnitPlace{UnitPlace::Name, i}, QStringLiteral("name of section ") + number + ofCount);
         add(UnitPlace{UnitPlace::Content, i},
-            QStringLiteral("section %1 of %2, \"%3\"").arg(i + 1).arg(count).arg(name));
+            QStringLiteral("section ") + number + ofCount + QStringLiteral(", \"")
+                + sourceLanguage->sections.at(i).name + u'"');
     }
     return units;
 }

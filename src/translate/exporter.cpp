@@ -5,7 +5,11 @@
 #include "xliffwriter.h"
 
 #include <QBuffer>
+#include <QtEndian>
 #include <QtConcurrent/QtConcurrentMap>
+
+#include <algorithm>
+#include <cstring>
 
 namespace ZyHelp::Translate {
 
@@ -21,26 +25,124 @@ struct DocumentText
 
 } // namespace
 
-EarlierTranslations::EarlierTranslations(const Catalog &earlier)
-    : m_earlier(earlier)
+namespace {
+
+// A packed unit: the lengths of its id, source, target and previous source,
+// its fuzzy flag, then the four texts in UTF-8.
+void appendText(QByteArray *out, const QByteArray &text)
 {
-    for (qsizetype i = 0; i < m_earlier.units.size(); ++i)
-        m_index.insert(m_earlier.units.at(i).id, i);
+    const quint32 size = qToLittleEndian(quint32(text.size()));
+    out->append(reinterpret_cast<const char *>(&size), sizeof size);
+    out->append(text);
 }
 
-void EarlierTranslations::merge(TranslationUnit *unit) const
+QByteArrayView takeText(QByteArrayView *in)
 {
-    const qsizetype index = m_index.value(unit->id, -1);
-    if (index < 0 || m_earlier.units.at(index).target.isEmpty())
+    quint32 size = 0;
+    std::memcpy(&size, in->data(), sizeof size);
+    size = qFromLittleEndian(size);
+    const QByteArrayView text = in->sliced(sizeof size, size);
+    *in = in->sliced(sizeof size + size);
+    return text;
+}
+
+// The document part of a unit id, "kapitel/b.zyhelp" of "kapitel/b.zyhelp#2/name".
+QByteArrayView documentOf(QByteArrayView id)
+{
+    qsizetype hash = id.size() - 1;
+    while (hash > 0 && id.at(hash) != '#')
+        --hash;
+    return id.first(std::max<qsizetype>(hash, 0));
+}
+
+} // namespace
+
+bool EarlierTranslations::read(const QString &path, Catalog *header, QString *error)
+{
+    const bool read = CatalogFile::read(path, header, error,
+                                        [this](TranslationUnit &&unit) { add(unit); });
+    pack();
+    return read;
+}
+
+void EarlierTranslations::add(const TranslationUnit &unit)
+{
+    if (unit.target.isEmpty())
+        return; // nothing to merge
+    const QByteArray id = unit.id.toUtf8();
+    const QByteArrayView document = documentOf(id);
+    if (document.isEmpty())
+        return; // no id of ours
+    if (document != m_document) {
+        // Blocks of some 64 KiB: zlib's own memory for each call costs more
+        // than a block of a single document saves.
+        if (m_open.size() >= 1 << 16)
+            pack();
+        m_document = document.toByteArray();
+    }
+    QList<qsizetype> &blocks = m_blocksOf[m_document];
+    if (blocks.isEmpty() || blocks.last() != m_blocks.size())
+        blocks.append(m_blocks.size()); // the block m_open becomes
+    appendText(&m_open, id);
+    appendText(&m_open, unit.source.toUtf8());
+    appendText(&m_open, unit.target.toUtf8());
+    appendText(&m_open, unit.previousSource.toUtf8());
+    m_open.append(unit.fuzzy ? '1' : '0');
+}
+
+void EarlierTranslations::pack()
+{
+    if (m_open.isEmpty())
         return;
-    const TranslationUnit &before = m_earlier.units.at(index);
-    unit->target = before.target;
-    if (before.source == unit->source) {
-        unit->fuzzy = before.fuzzy;
-        unit->previousSource = before.previousSource;
-    } else {
-        unit->fuzzy = true;
-        unit->previousSource = before.source;
+    QByteArray packed = qCompress(m_open, 1);
+    packed.squeeze(); // qCompress leaves room for the text uncompressed
+    m_blocks.append(packed);
+    m_open.resize(0);
+}
+
+void EarlierTranslations::merge(QList<TranslationUnit> *units) const
+{
+    if (units->isEmpty())
+        return;
+    const QByteArray document = documentOf(units->first().id.toUtf8()).toByteArray();
+    const auto blockList = m_blocksOf.constFind(document);
+    if (blockList == m_blocksOf.cend())
+        return;
+    struct Before
+    {
+        QByteArrayView source;
+        QByteArrayView target;
+        QByteArrayView previousSource;
+        bool fuzzy = false;
+    };
+    QList<QByteArray> blocks;
+    QHash<QByteArrayView, Before> byId;
+    for (const qsizetype block : *blockList) {
+        blocks.append(qUncompress(m_blocks.at(block)));
+        for (QByteArrayView in(blocks.last()); !in.isEmpty();) {
+            const QByteArrayView id = takeText(&in);
+            Before before;
+            before.source = takeText(&in);
+            before.target = takeText(&in);
+            before.previousSource = takeText(&in);
+            before.fuzzy = in.front() == '1';
+            in = in.sliced(1);
+            if (documentOf(id) == document)
+                byId.insert(id, before);
+        }
+    }
+    for (TranslationUnit &unit : *units) {
+        const auto found = byId.constFind(unit.id.toUtf8());
+        if (found == byId.cend())
+            continue;
+        unit.target = QString::fromUtf8(found->target);
+        if (found->source == unit.source.toUtf8()) {
+            unit.fuzzy = found->fuzzy;
+            unit.previousSource = QString::fromUtf8(found->previousSource);
+        } else {
+            unit.fuzzy = true;
+            unit.previousSource = QString::fromUtf8(found->source);
+        }
     }
 }
 
@@ -67,10 +169,8 @@ QStringList exportCatalog(const QList<DocumentEntry> &documents, const Catalog &
         }
         QList<TranslationUnit> units = documentUnits(data, entry.relativePath,
                                                      header.sourceLanguage, header.targetLanguage);
-        if (earlier) {
-            for (TranslationUnit &unit : units)
-                earlier->merge(&unit);
-        }
+        if (earlier)
+            earlier->merge(&units);
         QBuffer buffer(&result.bytes);
         buffer.open(QIODevice::WriteOnly);
         if (format == CatalogFile::Xliff) {

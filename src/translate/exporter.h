@@ -5,6 +5,7 @@
 
 #include "documentcollector.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QStringList>
 
@@ -17,16 +18,29 @@ namespace ZyHelp::Translate {
 // source changed keeps it too, fuzzy, with the earlier source as its previous
 // source. New units stay as they are; units the earlier file has and the new
 // export has not are dropped by not being asked for.
+//
+// Only units with a translation are kept, compressed in blocks of a few
+// documents, as their texts are most of an earlier file and a merge is to
+// need little more memory than the project's files: a document's blocks are
+// unpacked when that document is exported.
 class EarlierTranslations
 {
 public:
-    explicit EarlierTranslations(const Catalog &earlier);
+    // Reads the earlier file at path; header takes its languages and header
+    // fields. False, with error, as CatalogFile::read.
+    bool read(const QString &path, Catalog *header, QString *error);
 
-    void merge(TranslationUnit *unit) const; // safe from several threads at once
+    // units: those of one document. Safe from several threads at once.
+    void merge(QList<TranslationUnit> *units) const;
 
 private:
-    Catalog m_earlier;
-    QHash<QString, qsizetype> m_index; // by id
+    void add(const TranslationUnit &unit);
+    void pack();
+
+    QList<QByteArray> m_blocks; // compressed units
+    QHash<QByteArray, QList<qsizetype>> m_blocksOf; // by document path in UTF-8
+    QByteArray m_document; // of the unit read last
+    QByteArray m_open; // units read and not packed yet: the next block
 };
 
 // Writes the units of documents from header's source to its target language

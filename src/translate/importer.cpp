@@ -4,9 +4,12 @@
 #include "documentunits.h"
 
 #include <QHash>
+#include <QThread>
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 
 namespace ZyHelp::Translate {
 
@@ -50,7 +53,17 @@ bool sameLanguages(const HelpData &a, const HelpData &b)
     return true;
 }
 
-JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogPath, bool dryRun)
+QString notPlaced(const QString &catalogPath, const TranslationUnit &unit, bool validId)
+{
+    return QStringLiteral("%1:%2: warning: %3: %4; not applied")
+        .arg(catalogPath)
+        .arg(unit.line)
+        .arg(unit.id, validId ? QStringLiteral("no document of this run has this path")
+                              : QStringLiteral("not a unit id of zyhelptranslate"));
+}
+
+JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogPath, bool dryRun,
+                 WriteGate *gate)
 {
     JobResult result;
     const auto warn = [&](const TranslationUnit &unit, const QString &message) {
@@ -60,6 +73,26 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
                                                .arg(unit.id, message)});
         ++result.lost;
     };
+    // The reading thread placed the units by the path in their ids only.
+    struct PlacedUnit
+    {
+        TranslationUnit unit;
+        UnitPlace place;
+    };
+    QList<PlacedUnit> units;
+    units.reserve(job.units.size());
+    for (const EncodedUnit *encoded : job.units) {
+        PlacedUnit placed{encoded->decoded(), {}};
+        QString path;
+        if (parseUnitId(placed.unit.id, &path, &placed.place)) {
+            units.append(std::move(placed));
+        } else if (!placed.unit.fuzzy && !placed.unit.target.isEmpty()) {
+            result.messages.append({placed.unit.line, notPlaced(catalogPath, placed.unit, false)});
+            ++result.lost;
+        }
+    }
+    if (units.isEmpty())
+        return result;
     ParseStatus status;
     const HelpData data = HelpParser().parse(job.entry->filePath, &status);
     if (status.outcome != ParseStatus::Complete) {
@@ -68,23 +101,23 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
                 status.column)
             : job.entry->displayPath;
         result.messages.append(
-            {job.units.first()->line,
+            {units.first().unit.line,
              QStringLiteral("%1: error: the document was not read whole (%2); not written, "
                             "%3 units not applied")
                  .arg(where, status.errorString)
-                 .arg(job.units.size())});
-        result.lost += job.units.size();
+                 .arg(units.size())});
+        result.lost += units.size();
         return result;
     }
 
     HelpData changed = data;
     const auto source = data.languages.constFind(catalog.sourceLanguage);
-    for (const TranslationUnit *unit : job.units) {
+    bool modified = false;
+    for (const PlacedUnit &placed : std::as_const(units)) {
+        const TranslationUnit *unit = &placed.unit;
+        const UnitPlace &place = placed.place;
         if (unit->fuzzy || unit->target.isEmpty())
             continue;
-        QString path;
-        UnitPlace place;
-        parseUnitId(unit->id, &path, &place);
         const QString *today = source == data.languages.cend() ? nullptr : textAt(*source, place);
         if (!today) {
             warn(*unit, QStringLiteral("stale: the document has no such text in '%1' any more; "
@@ -110,21 +143,31 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
                                        "cannot hold; not applied"));
             continue;
         }
+        // Documents hold their texts trimmed: a translation is applied as it reads back.
+        QString text = unit->target.trimmed();
+        ++result.applied;
+        // Most units of a file imported before are in place already: the document
+        // is copied only for one that is not.
+        const auto current = data.languages.constFind(catalog.targetLanguage);
+        const QString *now = current == data.languages.cend() ? nullptr : textAt(*current, place);
+        if (now && *now == text)
+            continue;
         HelpLanguage &target = changed.languages[catalog.targetLanguage];
         if (!data.languages.contains(catalog.targetLanguage) && target.description.isEmpty())
             target.description = QStringLiteral("...");
-        // Documents hold their texts trimmed: a translation is applied as it reads back.
-        textAt(target, place) = unit->target.trimmed();
-        ++result.applied;
+        textAt(target, place) = std::move(text);
+        modified = true;
     }
-    if (sameLanguages(data, changed))
+    if (!modified || sameLanguages(data, changed))
         return result;
     if (dryRun) {
         result.change = QStringLiteral("would write %1").arg(job.entry->displayPath);
+    } else if (!gate->waitOpen()) {
+        return result; // the file is not valid: the import reports that, and nothing else
     } else if (HelpWriter().writeXml(changed, job.entry->filePath)) {
         result.change = QStringLiteral("wrote %1").arg(job.entry->displayPath);
     } else {
-        result.messages.append({job.units.first()->line,
+        result.messages.append({units.first().unit.line,
                                 QStringLiteral("%1: error: cannot write the document; %2 units "
                                                "not applied")
                                     .arg(job.entry->displayPath)
@@ -137,15 +180,31 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
 
 } // namespace
 
+void WriteGate::decide(bool open)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_state = open ? Open : Closed;
+    m_decided.wakeAll();
+}
+
+bool WriteGate::waitOpen()
+{
+    QMutexLocker locker(&m_mutex);
+    while (m_state == Pending)
+        m_decided.wait(&m_mutex);
+    return m_state == Open;
+}
+
 Importer::Importer(const Catalog &header, const QString &catalogPath,
-                   const QList<DocumentEntry> &documents, bool dryRun)
+                   const QList<DocumentEntry> &documents, bool dryRun, WriteGate *gate)
     : m_header(header)
     , m_catalogPath(catalogPath)
     , m_documents(documents)
     , m_dryRun(dryRun)
+    , m_gate(gate)
 {
     for (const DocumentEntry &entry : documents)
-        m_documentIndex.insert(entry.relativePath, &entry - documents.constData());
+        m_documentIndex.insert(entry.relativePath.toUtf8(), &entry - documents.constData());
 }
 
 Importer::~Importer()
@@ -153,8 +212,10 @@ Importer::~Importer()
     m_running.waitForFinished();
 }
 
-void Importer::add(TranslationUnit &&unit)
+void Importer::add(EncodedUnit &&unit)
 {
+    if (m_pending.isEmpty())
+        m_pending.reserve(batchSize);
     m_pending.append(std::move(unit));
     if (m_pending.size() >= batchSize)
         startBatch();
@@ -180,26 +241,32 @@ void Importer::startBatch()
 {
     collect();
     m_runningUnits = std::move(m_pending);
-    m_pending = QList<TranslationUnit>();
+    m_pending = QList<EncodedUnit>();
     QHash<qsizetype, qsizetype> jobIndex; // by document index
     m_jobs.clear();
-    for (const TranslationUnit &unit : std::as_const(m_runningUnits)) {
-        QString path;
-        UnitPlace place;
-        const bool valid = parseUnitId(unit.id, &path, &place);
-        const qsizetype document = valid ? m_documentIndex.value(path, -1) : -1;
+    // Only the path is looked at here, in UTF-8, and looked up again only where
+    // it changes: the rest of a unit is the job's, on the pool's threads.
+    QByteArrayView lastPath;
+    qsizetype lastDocument = -1;
+    for (const EncodedUnit &unit : std::as_const(m_runningUnits)) {
+        const QByteArrayView id = unit.id();
+        qsizetype hash = id.size() - 1;
+        while (hash > 0 && id.at(hash) != '#')
+            --hash;
+        const QByteArrayView path = id.first(std::max<qsizetype>(hash, 0));
+        if (hash <= 0 || path != lastPath) {
+            lastDocument = hash <= 0 ? -1 : m_documentIndex.value(path.toByteArray(), -1);
+            lastPath = hash <= 0 ? QByteArrayView() : path;
+        }
+        const qsizetype document = lastDocument;
         if (document < 0) {
             // Only a translation makes a unit that cannot be placed a loss.
-            if (!unit.fuzzy && !unit.target.isEmpty()) {
-                m_messages.append({unit.line, QStringLiteral("%1:%2: warning: %3: %4; not applied")
-                                                  .arg(m_catalogPath)
-                                                  .arg(unit.line)
-                                                  .arg(unit.id,
-                                                       valid ? QStringLiteral("no document of "
-                                                                              "this run has "
-                                                                              "this path")
-                                                             : QStringLiteral("not a unit id of "
-                                                                              "zyhelptranslate"))});
+            if (!unit.fuzzy && unit.hasTarget()) {
+                const TranslationUnit decoded = unit.decoded();
+                QString relativePath;
+                UnitPlace place;
+                const bool valid = parseUnitId(decoded.id, &relativePath, &place);
+                m_messages.append({unit.line, notPlaced(m_catalogPath, decoded, valid)});
                 ++m_result.lost;
             }
             continue;
@@ -212,7 +279,7 @@ void Importer::startBatch()
         m_jobs[*job].units.append(&unit);
     }
     m_running = QtConcurrent::mapped(m_jobs, [this](const Job &job) {
-        return runJob(job, m_header, m_catalogPath, m_dryRun);
+        return runJob(job, m_header, m_catalogPath, m_dryRun, m_gate);
     });
 }
 
@@ -230,29 +297,61 @@ ImportResult Importer::finish()
 bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool dryRun,
                 ImportResult *result, QString *error)
 {
-    // The whole file is read once before any document is touched, so that a
-    // file found faulty halfway changes nothing; its units are dropped as read.
+    // The whole file is checked before any document is written, so that a file
+    // found faulty halfway changes nothing. The check reads it on a thread of
+    // its own while the units are applied: a job that would write waits for it,
+    // and until then the documents are read on the other cores.
+    WriteGate gate;
     Catalog header;
-    if (!CatalogFile::check(path, &header, error))
-        return false;
-    if (header.targetLanguage.isEmpty())
-        *error = QStringLiteral("%1: error: the file names no target language (PO: the "
-                                "Language header; XLIFF: target-language)").arg(path);
-    else if (header.sourceLanguage.isEmpty())
-        *error = QStringLiteral("%1: error: the file names no source language (PO: the "
-                                "X-Source-Language header; XLIFF: source-language)").arg(path);
-    else if (header.sourceLanguage == header.targetLanguage)
-        *error = QStringLiteral("%1: error: the file translates '%2' into itself")
-                     .arg(path, header.sourceLanguage);
-    if (!error->isEmpty())
-        return false;
+    QString checkError;
+    const std::unique_ptr<QThread> checker(QThread::create([&] {
+        if (CatalogFile::check(path, &header, &checkError)) {
+            if (header.targetLanguage.isEmpty())
+                checkError = QStringLiteral("%1: error: the file names no target language (PO: "
+                                            "the Language header; XLIFF: target-language)")
+                                 .arg(path);
+            else if (header.sourceLanguage.isEmpty())
+                checkError = QStringLiteral("%1: error: the file names no source language (PO: "
+                                            "the X-Source-Language header; XLIFF: "
+                                            "source-language)")
+                                 .arg(path);
+            else if (header.sourceLanguage == header.targetLanguage)
+                checkError = QStringLiteral("%1: error: the file translates '%2' into itself")
+                                 .arg(path, header.sourceLanguage);
+        }
+        gate.decide(checkError.isEmpty());
+    }));
+    checker->start();
 
-    Importer importer(header, path, documents, dryRun);
-    Catalog again;
-    if (!CatalogFile::read(path, &again, error,
-                           [&](TranslationUnit &&unit) { importer.add(std::move(unit)); }))
-        return false; // changed since the first read
-    *result = importer.finish();
+    // The languages are the file's own, read before its first unit.
+    Catalog languages;
+    std::optional<Importer> importer;
+    const auto start = [&] {
+        if (!importer)
+            importer.emplace(languages, path, documents, dryRun, &gate);
+    };
+    QString readError;
+    const bool read = CatalogFile::readEncoded(path, &languages, &readError,
+                                               [&](EncodedUnit &&unit) {
+                                                   start();
+                                                   importer->add(std::move(unit));
+                                               });
+    ImportResult applied;
+    if (read) {
+        start();
+        applied = importer->finish();
+    }
+    importer.reset(); // its jobs wait for the check
+    checker->wait();
+    if (!checkError.isEmpty()) {
+        *error = checkError;
+        return false;
+    }
+    if (!read) {
+        *error = readError; // changed since the check
+        return false;
+    }
+    *result = applied;
     return true;
 }
 

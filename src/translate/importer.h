@@ -6,7 +6,9 @@
 
 #include <QFuture>
 #include <QHash>
+#include <QMutex>
 #include <QSet>
+#include <QWaitCondition>
 #include <QStringList>
 
 namespace ZyHelp::Translate {
@@ -22,7 +24,23 @@ struct ImportResult
 struct ImportJob
 {
     const DocumentEntry *entry = nullptr;
-    QList<const TranslationUnit *> units;
+    QList<const EncodedUnit *> units; // decoded by the job, on its thread
+};
+
+// Whether an import may write its documents: open once its file was found
+// whole and usable, closed when not. Jobs that would write wait for it.
+class WriteGate
+{
+public:
+    void decide(bool open);
+    bool waitOpen(); // blocks until decided
+
+private:
+    enum State { Pending, Open, Closed };
+
+    QMutex m_mutex;
+    QWaitCondition m_decided;
+    State m_state = Pending;
 };
 
 struct ImportJobResult
@@ -42,11 +60,12 @@ struct ImportJobResult
 class Importer
 {
 public:
+    // A job writes only once gate opens (a dry run never writes).
     Importer(const Catalog &header, const QString &catalogPath,
-             const QList<DocumentEntry> &documents, bool dryRun);
+             const QList<DocumentEntry> &documents, bool dryRun, WriteGate *gate);
     ~Importer();
 
-    void add(TranslationUnit &&unit);
+    void add(EncodedUnit &&unit);
     ImportResult finish();
 
 private:
@@ -60,9 +79,10 @@ private:
     QString m_catalogPath;
     const QList<DocumentEntry> &m_documents;
     bool m_dryRun;
-    QHash<QString, qsizetype> m_documentIndex; // by relative path
-    QList<TranslationUnit> m_pending;
-    QList<TranslationUnit> m_runningUnits;
+    WriteGate *m_gate;
+    QHash<QByteArray, qsizetype> m_documentIndex; // by relative path in UTF-8
+    QList<EncodedUnit> m_pending;
+    QList<EncodedUnit> m_runningUnits;
     QList<Job> m_jobs;
     QFuture<JobResult> m_running;
     QList<std::pair<qint64, QString>> m_messages;
@@ -70,9 +90,10 @@ private:
     ImportResult m_result;
 };
 
-// Reads the file at path once to check it and its languages, then again into
-// an Importer. False, with error, for a file that is not valid or names no
-// usable pair of languages: then nothing was changed.
+// Reads the file at path into an Importer while another thread reads it to
+// check it whole and its languages; no document is written before that check
+// passes. False, with error, for a file that is not valid or names no usable
+// pair of languages: then nothing was changed.
 bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool dryRun,
                 ImportResult *result, QString *error);
 

@@ -69,7 +69,8 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
     if (!output.isEmpty() && QFileInfo::exists(output)) {
         Catalog before;
         QString error;
-        if (!CatalogFile::read(output, &before, &error)) {
+        earlier.emplace();
+        if (!earlier->read(output, &before, &error)) {
             write(stderr, (error + u'\n').toUtf8());
             return UsageError;
         }
@@ -78,7 +79,6 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
                                   .arg(output, before.sourceLanguage, before.targetLanguage,
                                        source, target));
         header.translatorFields = before.translatorFields;
-        earlier.emplace(before);
     }
 
     // Written atomically: the earlier file stays whole until the new one is.

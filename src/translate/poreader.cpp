@@ -4,12 +4,15 @@
 #include <QIODevice>
 #include <QStringDecoder>
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 
 namespace ZyHelp::Translate {
 
 namespace {
+
+const qint64 blockSize = 1 << 20;
 
 // One entry while it is read; the strings stay UTF-8 until it is complete.
 struct Entry
@@ -24,6 +27,7 @@ struct Entry
     bool plural = false;
     bool fuzzy = false;
     bool obsolete = false;
+    bool byteEscapes = false; // octal or hexadecimal: the bytes may not be UTF-8
     qint64 line = 0;
 };
 
@@ -31,8 +35,18 @@ struct Entry
 qsizetype invalidUtf8(const QByteArray &text)
 {
     const qsizetype size = text.size();
+    const char *data = text.constData();
     for (qsizetype i = 0; i < size;) {
-        const uchar c = uchar(text.at(i));
+        // Help texts are mostly ASCII: eight bytes at a time while no high bit is set.
+        if (i + 8 <= size) {
+            quint64 word;
+            std::memcpy(&word, data + i, 8);
+            if (!(word & 0x8080808080808080ULL)) {
+                i += 8;
+                continue;
+            }
+        }
+        const uchar c = uchar(data[i]);
         if (c < 0x80) {
             ++i;
             continue;
@@ -59,10 +73,12 @@ class Parser
 {
 public:
     Parser(Catalog *catalog, ReadError *error,
-           const std::function<void(TranslationUnit &&)> &sink, bool keepUnits = true)
+           const std::function<void(TranslationUnit &&)> &sink,
+           const std::function<void(EncodedUnit &&)> &encodedSink, bool keepUnits = true)
         : m_catalog(catalog)
         , m_error(error)
         , m_sink(sink)
+        , m_encodedSink(encodedSink)
         , m_keepUnits(keepUnits)
     {
     }
@@ -79,17 +95,22 @@ private:
     bool keyword(const QByteArray &text, qsizetype from, bool previous);
     bool string(const QByteArray &text, qsizetype from, QByteArray *out);
     bool endEntry();
+    bool sendEncoded();
     bool readHeader(const QString &header);
 
     Catalog *m_catalog;
     ReadError *m_error;
     const std::function<void(TranslationUnit &&)> &m_sink;
+    const std::function<void(EncodedUnit &&)> &m_encodedSink;
     Entry m_entry;
     QByteArray *m_current = nullptr; // where a continuation line goes
     QByteArray m_ignored; // strings read but not kept
     qint64 m_line = 0;
     bool m_headerSeen = false;
-    QHash<QByteArray, qint64> m_ids; // line of each id read, by the id in UTF-8
+    QByteArrayView keep(const QByteArray &id);
+
+    QHash<QByteArrayView, qint64> m_ids; // line of each id read, by the id in UTF-8
+    QList<QByteArray> m_idStore; // the ids' bytes, in blocks that are never moved
     bool m_keepUnits = true; // false: the file is only checked
 };
 
@@ -132,6 +153,7 @@ bool Parser::string(const QByteArray &text, qsizetype from, QByteArray *out)
                 value = value * 8 + (text.at(i) - '0');
             --i;
             out->append(char(value));
+            m_entry.byteEscapes = true;
         } else if (e == 'x') {
             int value = 0;
             int digits = 0;
@@ -142,6 +164,7 @@ bool Parser::string(const QByteArray &text, qsizetype from, QByteArray *out)
             if (digits == 0)
                 return fail(i + 1, QStringLiteral("\\x without hexadecimal digits"));
             out->append(char(value));
+            m_entry.byteEscapes = true;
         } else {
             return fail(i, QStringLiteral("unknown escape sequence '\\%1'").arg(QChar(e)));
         }
@@ -156,7 +179,7 @@ bool Parser::keyword(const QByteArray &text, qsizetype from, bool previous)
     while (end < text.size() && text.at(end) != ' ' && text.at(end) != '\t'
            && text.at(end) != '"')
         ++end;
-    const QByteArray word = text.mid(from, end - from);
+    const QByteArrayView word(text.constData() + from, end - from);
     if (previous) {
         // The previous context and plural tell the translator more; only the
         // previous source is kept.
@@ -221,7 +244,7 @@ bool Parser::line(const QByteArray &text, qint64 number)
         return true;
     }
     bool obsolete = false;
-    if (text.mid(i, 2) == "#~") {
+    if (i + 1 < text.size() && text.at(i) == '#' && text.at(i + 1) == '~') {
         obsolete = true;
         i += 2;
         while (i < text.size() && text.at(i) == ' ')
@@ -305,7 +328,7 @@ bool Parser::endEntry()
                                      &entry.previousId})
                 text->resize(0);
             entry.hasContext = entry.hasId = entry.hasTranslation = false;
-            entry.plural = entry.fuzzy = entry.obsolete = false;
+            entry.plural = entry.fuzzy = entry.obsolete = entry.byteEscapes = false;
             entry.line = 0;
         }
     } reset{m_entry};
@@ -330,18 +353,22 @@ bool Parser::endEntry()
             return fail(1, QStringLiteral("a second header entry"));
         return readHeader(QString::fromUtf8(entry.translation));
     }
-    // Octal and hexadecimal escapes give bytes, so the strings are checked again.
+    // Octal and hexadecimal escapes give bytes, so their strings are checked
+    // again; the lines were checked as they were read.
     for (const QByteArray *text : {&entry.context, &entry.id, &entry.translation,
                                    &entry.previousId}) {
-        if (invalidUtf8(*text) >= 0)
+        if (entry.byteEscapes && invalidUtf8(*text) >= 0)
             return fail(1, QStringLiteral("an escape gives a string that is not UTF-8"));
     }
+    // An encoded read goes beside a check of the same file, which finds ids given twice.
+    if (m_encodedSink)
+        return sendEncoded();
     const auto seen = m_ids.constFind(entry.context);
     if (seen != m_ids.cend())
         return fail(1, QStringLiteral("the id '%1' was given before, on line %2")
                            .arg(QString::fromUtf8(entry.context))
                            .arg(seen.value()));
-    m_ids.insert(entry.context, entry.line);
+    m_ids.insert(keep(entry.context), entry.line);
     if (!m_keepUnits)
         return true;
     TranslationUnit unit;
@@ -356,8 +383,44 @@ bool Parser::endEntry()
     if (m_sink)
         m_sink(std::move(unit));
     else
-        m_catalog->units.append(unit);
+        m_catalog->units.append(std::move(unit));
     return true;
+}
+
+bool Parser::sendEncoded()
+{
+    const Entry &entry = m_entry;
+    EncodedUnit unit;
+    const QByteArrayView target =
+        entry.plural ? QByteArrayView() : QByteArrayView(entry.translation);
+    unit.texts.reserve(entry.context.size() + entry.id.size() + target.size()
+                       + entry.previousId.size());
+    unit.texts += entry.context;
+    unit.sourceAt = unit.texts.size();
+    unit.texts += entry.id;
+    unit.targetAt = unit.texts.size();
+    unit.texts.append(target);
+    unit.previousAt = unit.texts.size();
+    unit.texts += entry.previousId;
+    unit.fuzzy = entry.fuzzy;
+    unit.line = entry.line;
+    m_encodedSink(std::move(unit));
+    return true;
+}
+
+// A copy of id for m_ids: tens of thousands of ids cost a few blocks, not an
+// allocation each.
+QByteArrayView Parser::keep(const QByteArray &id)
+{
+    const qsizetype idBlockSize = 1 << 16;
+    if (m_idStore.isEmpty() || m_idStore.last().capacity() - m_idStore.last().size() < id.size()) {
+        m_idStore.append(QByteArray());
+        m_idStore.last().reserve(std::max(idBlockSize, id.size()));
+    }
+    QByteArray &block = m_idStore.last();
+    const qsizetype at = block.size();
+    block.append(id); // within its capacity: the bytes before do not move
+    return QByteArrayView(block.constData() + at, id.size());
 }
 
 bool Parser::finish(qint64 lastLine)
@@ -379,41 +442,64 @@ bool Parser::finish(qint64 lastLine)
 
 bool PoReader::check(QIODevice *device, Catalog *catalog, ReadError *error)
 {
-    return read(device, catalog, error, {}, false);
+    return read(device, catalog, error, {}, {}, false);
 }
 
 bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
                     const std::function<void(TranslationUnit &&)> &sink)
 {
-    return read(device, catalog, error, sink, true);
+    return read(device, catalog, error, sink, {}, true);
+}
+
+bool PoReader::readEncoded(QIODevice *device, Catalog *catalog, ReadError *error,
+                           const std::function<void(EncodedUnit &&)> &sink)
+{
+    return read(device, catalog, error, {}, sink, true);
 }
 
 bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
-                    const std::function<void(TranslationUnit &&)> &sink, bool keepUnits)
+                    const std::function<void(TranslationUnit &&)> &sink,
+                    const std::function<void(EncodedUnit &&)> &encodedSink, bool keepUnits)
 {
-    Parser parser(catalog, error, sink, keepUnits);
+    Parser parser(catalog, error, sink, encodedSink, keepUnits);
     // Units take a few hundred bytes each: the list grows seldom.
-    if (!sink && keepUnits)
+    if (!sink && !encodedSink && keepUnits)
         catalog->units.reserve(qsizetype(device->size() / 256));
+    // Read in large blocks and cut into lines here: a read per line costs
+    // more than the parsing. A line that a block cuts goes on in the next.
     qint64 number = 0;
-    QByteArray buffer(4096, Qt::Uninitialized); // one for every line
-    while (!device->atEnd()) {
-        qint64 length = 0;
-        for (;;) {
-            const qint64 read = device->readLine(buffer.data() + length, buffer.size() - length);
-            if (read <= 0)
+    QByteArray block;
+    qsizetype start = 0; // of the next line in block
+    bool atEnd = false;
+    for (;;) {
+        const char *data = block.constData();
+        const auto *newline = static_cast<const char *>(
+            std::memchr(data + start, '\n', size_t(block.size() - start)));
+        if (!newline) {
+            if (!atEnd) {
+                // The rest of the block to its front, and the next block after it,
+                // in the same memory: a new block each time would cost page faults.
+                const qsizetype rest = block.size() - start;
+                std::memmove(block.data(), block.constData() + start, size_t(rest));
+                block.resize(rest + blockSize);
+                const qint64 read = device->read(block.data() + rest, blockSize);
+                atEnd = read <= 0;
+                block.resize(rest + std::max<qint64>(read, 0));
+                start = 0;
+                continue;
+            }
+            if (start == block.size())
                 break;
-            length += read;
-            if (buffer.at(length - 1) == '\n' || device->atEnd())
-                break;
-            buffer.resize(buffer.size() * 2);
         }
-        if (length > 0 && buffer.at(length - 1) == '\n')
-            --length;
-        if (length > 0 && buffer.at(length - 1) == '\r')
-            --length;
-        if (!parser.line(QByteArray::fromRawData(buffer.constData(), length), ++number))
+        qsizetype end = newline ? newline - data : block.size();
+        const qsizetype next = end + 1;
+        if (end > start && data[end - 1] == '\r')
+            --end;
+        if (!parser.line(QByteArray::fromRawData(data + start, end - start), ++number))
             return false;
+        if (!newline)
+            break; // the last line, without a line break
+        start = next;
     }
     return parser.finish(number);
 }

@@ -21,12 +21,17 @@ public:
     // large file need not be held whole.
     bool read(QIODevice *device, Catalog *catalog, ReadError *error,
               const std::function<void(TranslationUnit &&)> &sink = {});
+    // The same with each unit, still in UTF-8, to sink, and without looking for
+    // ids given twice: for a file that check() reads too.
+    bool readEncoded(QIODevice *device, Catalog *catalog, ReadError *error,
+                     const std::function<void(EncodedUnit &&)> &sink);
     // Reads the whole file for its faults and header only, keeping no unit.
     bool check(QIODevice *device, Catalog *catalog, ReadError *error);
 
 private:
     bool read(QIODevice *device, Catalog *catalog, ReadError *error,
-              const std::function<void(TranslationUnit &&)> &sink, bool keepUnits);
+              const std::function<void(TranslationUnit &&)> &sink,
+              const std::function<void(EncodedUnit &&)> &encodedSink, bool keepUnits);
 };
 
 } // namespace ZyHelp::Translate

@@ -20,42 +20,39 @@ bool escapedBackslash(const QByteArray &text, qsizetype index)
     return run % 2 == 1;
 }
 
-QByteArray escaped(const QString &text)
+// Appends the text in UTF-8 with the C escapes of PO strings to out.
+void appendEscaped(const QString &text, QByteArray *out)
 {
     const QByteArray utf8 = text.toUtf8();
     const auto special = [](char c) { return uchar(c) < 0x20 || c == '\\' || c == '"'; };
     auto run = std::find_if(utf8.cbegin(), utf8.cend(), special);
-    if (run == utf8.cend())
-        return utf8;
-    QByteArray out;
-    out.reserve(utf8.size() + utf8.size() / 8);
-    out.append(utf8.cbegin(), run - utf8.cbegin());
+    out->append(utf8.cbegin(), run - utf8.cbegin());
     while (run != utf8.cend()) {
         switch (*run) {
-        case '\\': out += "\\\\"; break;
-        case '"': out += "\\\""; break;
-        case '\n': out += "\\n"; break;
-        case '\t': out += "\\t"; break;
-        case '\r': out += "\\r"; break;
-        case '\a': out += "\\a"; break;
-        case '\b': out += "\\b"; break;
-        case '\f': out += "\\f"; break;
-        case '\v': out += "\\v"; break;
-        default: out += *run;
+        case '\\': *out += "\\\\"; break;
+        case '"': *out += "\\\""; break;
+        case '\n': *out += "\\n"; break;
+        case '\t': *out += "\\t"; break;
+        case '\r': *out += "\\r"; break;
+        case '\a': *out += "\\a"; break;
+        case '\b': *out += "\\b"; break;
+        case '\f': *out += "\\f"; break;
+        case '\v': *out += "\\v"; break;
+        default: *out += *run;
         }
         const auto next = std::find_if(run + 1, utf8.cend(), special);
-        out.append(run + 1, next - run - 1);
+        out->append(run + 1, next - run - 1);
         run = next;
     }
-    return out;
 }
 
-// The escaped text cut into the lines gettext would write: after every "\n"
+// Where gettext would cut the escaped text into lines: after every "\n"
 // and, where a line would pass the width (in characters, not UTF-8 bytes),
-// after the last space that fits. A longer word stays whole.
-QList<QByteArray> wrapped(const QByteArray &text, qsizetype width)
+// after the last space that fits. A longer word stays whole. ends takes the
+// end of every line but the last, which ends with the text.
+void wrap(const QByteArray &text, qsizetype width, QList<qsizetype> *ends)
 {
-    QList<QByteArray> lines;
+    ends->clear();
     qsizetype start = 0;
     qsizetype columns = 0;
     qsizetype cut = -1; // after the last space of the line
@@ -63,7 +60,7 @@ QList<QByteArray> wrapped(const QByteArray &text, qsizetype width)
         const char c = text.at(i);
         columns += (uchar(c) & 0xC0) != 0x80;
         if (columns > width && cut > start) {
-            lines.append(text.mid(start, cut - start));
+            ends->append(cut);
             start = cut;
             i = cut - 1;
             columns = 0;
@@ -73,15 +70,14 @@ QList<QByteArray> wrapped(const QByteArray &text, qsizetype width)
         if (c == ' ')
             cut = i + 1;
         if (c == 'n' && i > start && text.at(i - 1) == '\\' && !escapedBackslash(text, i - 1)) {
-            lines.append(text.mid(start, i + 1 - start));
+            ends->append(i + 1);
             start = i + 1;
             columns = 0;
             cut = -1;
         }
     }
-    if (start < text.size())
-        lines.append(text.mid(start));
-    return lines;
+    if (!ends->isEmpty() && ends->last() == text.size())
+        ends->removeLast();
 }
 
 QString header(const Catalog &catalog)
@@ -129,18 +125,38 @@ PoWriter::PoWriter(QIODevice *device)
 
 void PoWriter::writeString(const char *keyword, const QString &text, const char *prefix)
 {
-    const QByteArray body = escaped(text);
-    const qsizetype lead = qsizetype(qstrlen(prefix) + qstrlen(keyword)) + 1;
-    const QList<QByteArray> lines = wrapped(body, wrapWidth - 2 - qsizetype(qstrlen(prefix)));
-    const auto characters = std::count_if(body.cbegin(), body.cend(),
-                                          [](char c) { return (uchar(c) & 0xC0) != 0x80; });
-    if (lines.size() <= 1 && lead + 2 + characters <= wrapWidth) {
-        m_buffer += prefix + QByteArray(keyword) + " \"" + body + "\"\n";
+    // The escaped text and its line ends are kept in members: a unit's strings
+    // allocate nothing once the first few have been written.
+    m_escaped.resize(0);
+    appendEscaped(text, &m_escaped);
+    const QByteArray &body = m_escaped;
+    const qsizetype prefixLength = qsizetype(qstrlen(prefix));
+    const qsizetype lead = prefixLength + qsizetype(qstrlen(keyword)) + 1;
+    wrap(body, wrapWidth - 2 - prefixLength, &m_lineEnds);
+    const auto characters = [&] {
+        return std::count_if(body.cbegin(), body.cend(),
+                             [](char c) { return (uchar(c) & 0xC0) != 0x80; });
+    };
+    m_buffer += prefix;
+    m_buffer += keyword;
+    if (m_lineEnds.isEmpty() && lead + 2 + characters() <= wrapWidth) {
+        m_buffer += " \"";
+        m_buffer += body;
+        m_buffer += "\"\n";
         return;
     }
-    m_buffer += prefix + QByteArray(keyword) + " \"\"\n";
-    for (const QByteArray &line : lines)
-        m_buffer += prefix + ('"' + line + "\"\n");
+    m_buffer += " \"\"\n";
+    qsizetype start = 0;
+    for (qsizetype i = 0; i <= m_lineEnds.size(); ++i) {
+        const qsizetype end = i < m_lineEnds.size() ? m_lineEnds.at(i) : body.size();
+        if (end == start && i == m_lineEnds.size())
+            break; // an empty text has no line
+        m_buffer += prefix;
+        m_buffer += '"';
+        m_buffer.append(body.constData() + start, end - start);
+        m_buffer += "\"\n";
+        start = end;
+    }
 }
 
 void PoWriter::writeHeader(const Catalog &catalog)
@@ -161,10 +177,18 @@ void PoWriter::writeHeader(const Catalog &catalog)
 void PoWriter::writeUnit(const TranslationUnit &unit)
 {
     m_buffer += '\n';
-    if (!unit.note.isEmpty())
-        m_buffer += "#. " + QString(unit.note).replace(u'\n', u' ').toUtf8() + '\n';
-    if (!unit.document.isEmpty())
-        m_buffer += "#: " + unit.document.toUtf8() + '\n';
+    if (!unit.note.isEmpty()) {
+        const qsizetype from = m_buffer.size() + 3;
+        m_buffer += "#. ";
+        m_buffer += unit.note.toUtf8();
+        std::replace(m_buffer.begin() + from, m_buffer.end(), '\n', ' ');
+        m_buffer += '\n';
+    }
+    if (!unit.document.isEmpty()) {
+        m_buffer += "#: ";
+        m_buffer += unit.document.toUtf8();
+        m_buffer += '\n';
+    }
     if (unit.fuzzy) {
         m_buffer += "#, fuzzy\n";
         if (!unit.previousSource.isEmpty())

@@ -25,6 +25,8 @@ private:
 
     QIODevice *m_device;
     QByteArray m_buffer;
+    QByteArray m_escaped; // of the string being written
+    QList<qsizetype> m_lineEnds; // in m_escaped
 };
 
 } // namespace ZyHelp::Translate

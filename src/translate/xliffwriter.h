@@ -23,6 +23,8 @@ public:
     void write(const Catalog &catalog);
 
 private:
+    void writeDocumentXml(const QList<TranslationUnit> &units);
+
     QIODevice *m_device;
     QString m_sourceLanguage;
     QString m_targetLanguage;

@@ -1,6 +1,7 @@
 #include "testutil.h"
 
 #include "helpdata.h"
+#include "htmlpagewriter.h"
 #include "pagebody.h"
 #include "qhpwriter.h"
 #include "sitemodel.h"
@@ -31,6 +32,7 @@ private slots:
     void paragraphs_data();
     void paragraphs();
     void siteModel();
+    void folderTree();
     void searchWords_data();
     void searchWords();
     void qhpFaults();
@@ -321,6 +323,44 @@ void TestPublish::siteModel()
     QCOMPARE(model.folder(model.folderOf(1)).depth, 2);
     QCOMPARE(model.collisions().size(), 1);
     QCOMPARE(model.collisions().first().path, QStringLiteral("a/ä 100%#?.ZYHELP"));
+}
+
+// A page's tree is its folder's, made once, with the mark spliced in: it must
+// mark the page itself, open the folders on its way and nothing else.
+void TestPublish::folderTree()
+{
+    using ZyHelp::DocumentEntry;
+    QList<DocumentEntry> entries;
+    for (const char *path : {"a.zyhelp", "b/c/x.zyhelp", "b/c/y.zyhelp", "b/z.zyhelp",
+                             "b/c/\xc3\x9c <&>.zyhelp", "d/w.zyhelp"})
+        entries.append(DocumentEntry{QString::fromUtf8(path), QString::fromUtf8(path),
+                                     QString::fromUtf8(path)});
+    const ZyHelp::Publish::SiteModel model(entries);
+    const ZyHelp::Publish::HtmlPageWriter writer(model, QStringLiteral("P"),
+                                                 {QStringLiteral("de")},
+                                                 ZyHelp::Publish::HtmlPageWriter::Site);
+    const QByteArray mark = " aria-current=\"page\"";
+    QMap<int, QByteArray> unmarkedByFolder;
+    for (int document = 0; document < int(model.pageCount()); ++document) {
+        const int folder = model.folderOf(document);
+        const QString de = QStringLiteral("de");
+        const QByteArray page = writer.documentPage(document, de, de, "BODY", {},
+                                                    writer.folderTree(folder, de));
+        const QByteArray tree = page.mid(page.indexOf("<nav class=\"contents\""));
+        const QByteArray nav = tree.left(tree.indexOf("</nav>"));
+        QCOMPARE(nav.count(mark), 1);
+        const QByteArray own = QByteArray("../").repeated(model.folder(folder).depth)
+            + model.pageUrl(document).toLatin1() + '"' + mark + '>';
+        QVERIFY2(nav.contains(own), nav.constData());
+        QCOMPARE(nav.count("folder open"), model.folder(folder).depth);
+        QByteArray unmarked = nav;
+        unmarked.replace(mark, "");
+        QCOMPARE(unmarkedByFolder.value(folder, unmarked), unmarked);
+        unmarkedByFolder.insert(folder, unmarked);
+        QVERIFY(page.contains("</nav>\n<main id=\"main\">")
+                && page.contains("BODY</article>\n<nav class=\"pager\""));
+    }
+    QCOMPARE(unmarkedByFolder.size(), 4);
 }
 
 void TestPublish::searchWords_data()

@@ -2,7 +2,9 @@
 
 #include "helpdata.h"
 
-#include <QSet>
+#include <QList>
+#include <QStringList>
+#include <QStringView>
 
 #include <algorithm>
 
@@ -11,10 +13,9 @@ namespace ZyHelp::Publish {
 namespace {
 
 // Words as the search page splits a query: runs of letters and digits, also
-// beyond the BMP.
-void addWords(const QString &text, QSet<QString> *words)
+// beyond the BMP. The text is lowered first, as the page lowers the query.
+void addWords(const QString &lower, QList<QStringView> *words)
 {
-    const QString lower = text.toLower();
     const qsizetype size = lower.size();
     qsizetype start = -1;
     qsizetype i = 0;
@@ -32,7 +33,7 @@ void addWords(const QString &text, QSet<QString> *words)
         if (inWord && start < 0) {
             start = i;
         } else if (!inWord && start >= 0) {
-            words->insert(lower.mid(start, i - start));
+            words->append(QStringView(lower).sliced(start, i - start));
             start = -1;
         }
         i += length;
@@ -102,16 +103,23 @@ QByteArray PageBody::html(const QString &title, const HelpLanguage &language)
 
 QByteArray PageBody::searchWords(const QString &title, const HelpLanguage &language)
 {
-    QSet<QString> words;
-    addWords(title, &words);
-    addWords(language.description, &words);
-    for (const HelpSection &section : language.sections) {
-        addWords(section.name, &words);
-        addWords(section.content, &words);
+    // Views into the lowered texts, sorted and made unique: no word is copied
+    // until the result is joined.
+    QStringList texts{title.toLower(), language.description.toLower()};
+    for (const HelpSection &section : language.sections)
+        texts << section.name.toLower() << section.content.toLower();
+    QList<QStringView> words;
+    for (const QString &text : std::as_const(texts))
+        addWords(text, &words);
+    std::sort(words.begin(), words.end());
+    words.erase(std::unique(words.begin(), words.end()), words.end());
+    QString joined;
+    for (const QStringView word : std::as_const(words)) {
+        if (!joined.isEmpty())
+            joined += u' ';
+        joined += word;
     }
-    QStringList sorted(words.cbegin(), words.cend());
-    std::sort(sorted.begin(), sorted.end());
-    return sorted.join(u' ').toUtf8();
+    return joined.toUtf8();
 }
 
 } // namespace ZyHelp::Publish

@@ -3,6 +3,7 @@
 #include "helpdata.h"
 
 #include <QList>
+#include <QSet>
 #include <QStringList>
 #include <QStringView>
 
@@ -46,41 +47,48 @@ QString PageBody::escaped(const QString &text)
 {
     QString out;
     out.reserve(text.size() + text.size() / 8);
+    appendEscaped(text, &out);
+    return out;
+}
+
+void PageBody::appendEscaped(QStringView text, QString *out)
+{
     for (const QChar c : text) {
         switch (c.unicode()) {
-        case '&': out += QLatin1StringView("&amp;"); break;
-        case '<': out += QLatin1StringView("&lt;"); break;
-        case '>': out += QLatin1StringView("&gt;"); break;
-        case '"': out += QLatin1StringView("&quot;"); break;
-        case '\'': out += QLatin1StringView("&#39;"); break;
+        case '&': *out += QLatin1StringView("&amp;"); break;
+        case '<': *out += QLatin1StringView("&lt;"); break;
+        case '>': *out += QLatin1StringView("&gt;"); break;
+        case '"': *out += QLatin1StringView("&quot;"); break;
+        case '\'': *out += QLatin1StringView("&#39;"); break;
         default:
             // Control characters other than tab and line breaks are no HTML text.
             if (c.unicode() < 0x20 && c != u'\t' && c != u'\n')
-                out += u'\uFFFD';
+                *out += u'\uFFFD';
             else
-                out += c;
+                *out += c;
         }
     }
-    return out;
 }
 
 QString PageBody::paragraphs(const QString &text)
 {
+    const QString plain = text.contains(u'\r') ? QString(text).remove(u'\r') : text;
     QString out;
-    QStringList lines;
-    const auto flush = [&] {
-        if (!lines.isEmpty())
-            out += QLatin1StringView("<p>") + lines.join(QLatin1StringView("<br>\n"))
-                + QLatin1StringView("</p>\n");
-        lines.clear();
-    };
-    for (const QString &line : QString(text).replace(u'\r', QString()).split(u'\n')) {
-        if (line.trimmed().isEmpty())
-            flush();
-        else
-            lines.append(escaped(line));
+    out.reserve(plain.size() + plain.size() / 4);
+    bool open = false;
+    for (const QStringView line : QStringView(plain).split(u'\n')) {
+        if (line.trimmed().isEmpty()) {
+            if (open)
+                out += QLatin1StringView("</p>\n");
+            open = false;
+            continue;
+        }
+        out += open ? QLatin1StringView("<br>\n") : QLatin1StringView("<p>");
+        open = true;
+        appendEscaped(line, &out);
     }
-    flush();
+    if (open)
+        out += QLatin1StringView("</p>\n");
     return out;
 }
 
@@ -103,18 +111,19 @@ QByteArray PageBody::html(const QString &title, const HelpLanguage &language)
 
 QByteArray PageBody::searchWords(const QString &title, const HelpLanguage &language)
 {
-    // Views into the lowered texts, sorted and made unique: no word is copied
-    // until the result is joined.
+    // Views into the lowered texts, made unique, then sorted: no word is
+    // copied until the result is joined, and a text repeats most of its words.
     QStringList texts{title.toLower(), language.description.toLower()};
     for (const HelpSection &section : language.sections)
         texts << section.name.toLower() << section.content.toLower();
     QList<QStringView> words;
     for (const QString &text : std::as_const(texts))
         addWords(text, &words);
-    std::sort(words.begin(), words.end());
-    words.erase(std::unique(words.begin(), words.end()), words.end());
+    const QSet<QStringView> unique(words.cbegin(), words.cend());
+    QList<QStringView> sorted(unique.cbegin(), unique.cend());
+    std::sort(sorted.begin(), sorted.end());
     QString joined;
-    for (const QStringView word : std::as_const(words)) {
+    for (const QStringView word : std::as_const(sorted)) {
         if (!joined.isEmpty())
             joined += u' ';
         joined += word;

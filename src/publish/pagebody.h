@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringView>
 
 namespace ZyHelp {
 struct HelpLanguage;
@@ -20,6 +21,7 @@ public:
     static QByteArray searchWords(const QString &title, const HelpLanguage &language);
 
     static QString escaped(const QString &text);
+    static void appendEscaped(QStringView text, QString *out);
     // Paragraphs at blank lines; a line break inside one stays a line break.
     static QString paragraphs(const QString &text);
     static QString sectionAnchor(qsizetype position)

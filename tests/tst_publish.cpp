@@ -35,6 +35,7 @@ private slots:
     void folderTree();
     void searchWords_data();
     void searchWords();
+    void lowered();
     void qhpFaults();
     void oneLanguage();
 
@@ -375,6 +376,18 @@ void TestPublish::searchWords_data()
     QTest::newRow("markup is text") << "<b>fett</b>" << QByteArray("b fett t");
     // Lowered before it is split: the dot that lowering adds splits the word.
     QTest::newRow("longer in lower case") << "\u0130stanbul" << QByteArray("i stanbul t");
+}
+
+// The short way of lowering Latin-1 text lowers as Qt does, character for
+// character, and leaves the rest to Qt.
+void TestPublish::lowered()
+{
+    QString latin1;
+    for (char16_t c = 0; c < 0x100; ++c)
+        latin1 += QChar(c);
+    QCOMPARE(ZyHelp::Publish::PageBody::lowered(latin1), latin1.toLower());
+    const QString beyond = latin1 + QStringLiteral("\u0130\u0391\U0001D400");
+    QCOMPARE(ZyHelp::Publish::PageBody::lowered(beyond), beyond.toLower());
 }
 
 // The search page splits a query as the index splits the text.

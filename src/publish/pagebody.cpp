@@ -109,13 +109,28 @@ QByteArray PageBody::html(const QString &title, const HelpLanguage &language)
     return out.toUtf8();
 }
 
+QString PageBody::lowered(const QString &text)
+{
+    // Below U+0100 lowering maps one character to one, A-Z and U+00C0-U+00DE
+    // but U+00D7 to theirs 0x20 on, so most texts need no case table.
+    QString lower = text;
+    for (QChar &c : lower) {
+        const char16_t u = c.unicode();
+        if (u >= 0x100)
+            return text.toLower();
+        if ((u >= u'A' && u <= u'Z') || (u >= 0xC0 && u <= 0xDE && u != 0xD7))
+            c = QChar(char16_t(u + 0x20));
+    }
+    return lower;
+}
+
 QByteArray PageBody::searchWords(const QString &title, const HelpLanguage &language)
 {
     // Views into the lowered texts, made unique, then sorted: no word is
     // copied until the result is joined, and a text repeats most of its words.
-    QStringList texts{title.toLower(), language.description.toLower()};
+    QStringList texts{lowered(title), lowered(language.description)};
     for (const HelpSection &section : language.sections)
-        texts << section.name.toLower() << section.content.toLower();
+        texts << lowered(section.name) << lowered(section.content);
     QList<QStringView> words;
     for (const QString &text : std::as_const(texts))
         addWords(text, &words);

@@ -53,21 +53,30 @@ QString PageBody::escaped(const QString &text)
 
 void PageBody::appendEscaped(QStringView text, QString *out)
 {
-    for (const QChar c : text) {
-        switch (c.unicode()) {
-        case '&': *out += QLatin1StringView("&amp;"); break;
-        case '<': *out += QLatin1StringView("&lt;"); break;
-        case '>': *out += QLatin1StringView("&gt;"); break;
-        case '"': *out += QLatin1StringView("&quot;"); break;
-        case '\'': *out += QLatin1StringView("&#39;"); break;
+    // Runs of characters that stay as they are are appended at once.
+    qsizetype run = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text.at(i).unicode();
+        QLatin1StringView replacement;
+        switch (c) {
+        case '&': replacement = QLatin1StringView("&amp;"); break;
+        case '<': replacement = QLatin1StringView("&lt;"); break;
+        case '>': replacement = QLatin1StringView("&gt;"); break;
+        case '"': replacement = QLatin1StringView("&quot;"); break;
+        case '\'': replacement = QLatin1StringView("&#39;"); break;
         default:
             // Control characters other than tab and line breaks are no HTML text.
-            if (c.unicode() < 0x20 && c != u'\t' && c != u'\n')
-                *out += u'\uFFFD';
-            else
-                *out += c;
+            if (c >= 0x20 || c == u'\t' || c == u'\n')
+                continue;
         }
+        out->append(text.sliced(run, i - run));
+        if (replacement.isEmpty())
+            *out += u'\uFFFD';
+        else
+            *out += replacement;
+        run = i + 1;
     }
+    out->append(text.sliced(run));
 }
 
 QString PageBody::paragraphs(const QString &text)

@@ -62,10 +62,12 @@ double publishPeakMiB(const QString &project, const QString &out)
     return usage.ru_maxrss / 1024.0;
 }
 
-void benchSize(int documentCount, int runs)
+// dir is removed only after every size: ext4 makes new files slower for a
+// while after many were removed, which would weigh on the next size's parts.
+void benchSize(const QTemporaryDir &dir, int documentCount, int runs)
 {
-    QTemporaryDir dir;
-    const QString root = dir.filePath(QStringLiteral("Projekt"));
+    const QString sizeFolder = QStringLiteral("%1/").arg(documentCount);
+    const QString root = dir.filePath(sizeFolder + QStringLiteral("Projekt"));
     QStringList paths;
     const qint64 projectBytes = makeProject(root, documentCount, &paths);
     if (!dir.isValid() || projectBytes < 0) {
@@ -106,8 +108,8 @@ void benchSize(int documentCount, int runs)
         out[1] = seconds(before.ru_stime, after.ru_stime);
     };
     for (int round = 0; round < runs; ++round) {
-        options.out = dir.filePath(QStringLiteral("site%1").arg(round));
-        const QString floorDir = dir.filePath(QStringLiteral("floor%1").arg(round));
+        options.out = dir.filePath(sizeFolder + QStringLiteral("site%1").arg(round));
+        const QString floorDir = dir.filePath(sizeFolder + QStringLiteral("floor%1").arg(round));
         ::sync();
         cpuSeconds(publishCpu, [&] {
             publishMs = std::min(publishMs, Bench::bestOfMs(1, [&] {
@@ -151,7 +153,7 @@ void benchSize(int documentCount, int runs)
             }
         })); });
     }
-    const double peakMiB = publishPeakMiB(root, dir.filePath(QStringLiteral("child")));
+    const double peakMiB = publishPeakMiB(root, dir.filePath(sizeFolder + QStringLiteral("child")));
 
     std::printf("  %d documents in %d folders, %lld files of %.1f MiB written, %d threads, "
                 "best of %d%s\n",
@@ -177,6 +179,7 @@ void benchSize(int documentCount, int runs)
 
 void benchPublish()
 {
-    benchSize(2000, 3);
-    benchSize(10000, 2);
+    const QTemporaryDir dir;
+    benchSize(dir, 2000, 3);
+    benchSize(dir, 10000, 2);
 }

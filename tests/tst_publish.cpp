@@ -347,8 +347,8 @@ void TestPublish::folderTree()
         const QString de = QStringLiteral("de");
         const QByteArray page = writer.documentPage(document, de, de, "BODY", {},
                                                     writer.folderTree(folder, de));
-        const QByteArray tree = page.mid(page.indexOf("<nav class=\"contents\""));
-        const QByteArray nav = tree.left(tree.indexOf("</nav>"));
+        const QByteArray contents = page.mid(page.indexOf("<nav class=\"contents\""));
+        const QByteArray nav = contents.left(contents.indexOf("</nav>"));
         QCOMPARE(nav.count(mark), 1);
         const QByteArray own = QByteArray("../").repeated(model.folder(folder).depth)
             + model.pageUrl(document).toLatin1() + '"' + mark + '>';

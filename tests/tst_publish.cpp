@@ -1,6 +1,7 @@
 #include "testutil.h"
 
 #include "helpdata.h"
+#include "htmlpagewriter.h"
 #include "pagebody.h"
 #include "qhpwriter.h"
 #include "sitemodel.h"
@@ -31,8 +32,10 @@ private slots:
     void paragraphs_data();
     void paragraphs();
     void siteModel();
+    void folderTree();
     void searchWords_data();
     void searchWords();
+    void lowered();
     void qhpFaults();
     void oneLanguage();
 
@@ -323,6 +326,44 @@ void TestPublish::siteModel()
     QCOMPARE(model.collisions().first().path, QStringLiteral("a/ä 100%#?.ZYHELP"));
 }
 
+// A page's tree is its folder's, made once, with the mark spliced in: it must
+// mark the page itself, open the folders on its way and nothing else.
+void TestPublish::folderTree()
+{
+    using ZyHelp::DocumentEntry;
+    QList<DocumentEntry> entries;
+    for (const char *path : {"a.zyhelp", "b/c/x.zyhelp", "b/c/y.zyhelp", "b/z.zyhelp",
+                             "b/c/\xc3\x9c <&>.zyhelp", "d/w.zyhelp"})
+        entries.append(DocumentEntry{QString::fromUtf8(path), QString::fromUtf8(path),
+                                     QString::fromUtf8(path)});
+    const ZyHelp::Publish::SiteModel model(entries);
+    const ZyHelp::Publish::HtmlPageWriter writer(model, QStringLiteral("P"),
+                                                 {QStringLiteral("de")},
+                                                 ZyHelp::Publish::HtmlPageWriter::Site);
+    const QByteArray mark = " aria-current=\"page\"";
+    QMap<int, QByteArray> unmarkedByFolder;
+    for (int document = 0; document < int(model.pageCount()); ++document) {
+        const int folder = model.folderOf(document);
+        const QString de = QStringLiteral("de");
+        const QByteArray page = writer.documentPage(document, de, de, "BODY", {},
+                                                    writer.folderTree(folder, de));
+        const QByteArray contents = page.mid(page.indexOf("<nav class=\"contents\""));
+        const QByteArray nav = contents.left(contents.indexOf("</nav>"));
+        QCOMPARE(nav.count(mark), 1);
+        const QByteArray own = QByteArray("../").repeated(model.folder(folder).depth)
+            + model.pageUrl(document).toLatin1() + '"' + mark + '>';
+        QVERIFY2(nav.contains(own), nav.constData());
+        QCOMPARE(nav.count("folder open"), model.folder(folder).depth);
+        QByteArray unmarked = nav;
+        unmarked.replace(mark, "");
+        QCOMPARE(unmarkedByFolder.value(folder, unmarked), unmarked);
+        unmarkedByFolder.insert(folder, unmarked);
+        QVERIFY(page.contains("</nav>\n<main id=\"main\">")
+                && page.contains("BODY</article>\n<nav class=\"pager\""));
+    }
+    QCOMPARE(unmarkedByFolder.size(), 4);
+}
+
 void TestPublish::searchWords_data()
 {
     QTest::addColumn<QString>("text");
@@ -333,6 +374,20 @@ void TestPublish::searchWords_data()
     QTest::newRow("beyond the BMP")
         << "\U0001D400b \U0001F600" << QStringLiteral("t \U0001D400b").toUtf8();
     QTest::newRow("markup is text") << "<b>fett</b>" << QByteArray("b fett t");
+    // Lowered before it is split: the dot that lowering adds splits the word.
+    QTest::newRow("longer in lower case") << "\u0130stanbul" << QByteArray("i stanbul t");
+}
+
+// The short way of lowering Latin-1 text lowers as Qt does, character for
+// character, and leaves the rest to Qt.
+void TestPublish::lowered()
+{
+    QString latin1;
+    for (char16_t c = 0; c < 0x100; ++c)
+        latin1 += QChar(c);
+    QCOMPARE(ZyHelp::Publish::PageBody::lowered(latin1), latin1.toLower());
+    const QString beyond = latin1 + QStringLiteral("\u0130\u0391\U0001D400");
+    QCOMPARE(ZyHelp::Publish::PageBody::lowered(beyond), beyond.toLower());
 }
 
 // The search page splits a query as the index splits the text.

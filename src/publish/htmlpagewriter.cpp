@@ -27,9 +27,9 @@ HtmlPageWriter::HtmlPageWriter(const SiteModel &model, const QString &projectNam
     , m_target(target)
 {
     for (qsizetype i = 0; i < model.pageCount(); ++i)
-        m_titles.append(esc(model.title(int(i))));
+        m_titles.append(esc(model.title(int(i))).toUtf8());
     for (qsizetype i = 0; i < model.folderCount(); ++i)
-        m_folderNames.append(esc(model.folder(int(i)).name));
+        m_folderNames.append(esc(model.folder(int(i)).name).toUtf8());
 }
 
 QString HtmlPageWriter::up(int document) const
@@ -92,72 +92,68 @@ QString HtmlPageWriter::banner(const QString &language, const QString &up,
     return out + QLatin1StringView("</header>\n");
 }
 
-QString HtmlPageWriter::tree(int current, const QString &up, const QString &language) const
+FolderTree HtmlPageWriter::folderTree(int folder, const QString &language) const
 {
-    QString out =
-        QStringLiteral("<div class=\"page\">\n<nav class=\"contents\" aria-label=\"%1\">\n")
-            .arg(esc(SiteText::forLanguage(language).contents));
-    addTreeFolder(0, current, up, &out);
-    return out + QLatin1StringView("</nav>\n");
+    FolderTree tree;
+    tree.folder = folder;
+    tree.html = QStringLiteral("<div class=\"page\">\n<nav class=\"contents\" aria-label=\"%1\">\n")
+                    .arg(esc(SiteText::forLanguage(language).contents))
+                    .toUtf8();
+    QList<int> openFolders;
+    for (int open = folder; open > 0; open = m_model.folder(open).parent)
+        openFolders.append(open);
+    const QByteArray up = QByteArray("../").repeated(m_model.folder(folder).depth);
+    addTreeFolder(0, openFolders, up, &tree);
+    tree.html += "</nav>\n";
+    return tree;
 }
 
 // Only the folders on the way to the current page are open; the others lead
 // to their place in the language's contents page, so that a page stays small
 // however large the project is.
-void HtmlPageWriter::addTreeFolder(int folder, int current, const QString &up, QString *out) const
+void HtmlPageWriter::addTreeFolder(int folder, const QList<int> &openFolders,
+                                   const QByteArray &up, FolderTree *tree) const
 {
     const SiteFolder &f = m_model.folder(folder);
     if (f.folders.isEmpty() && f.pages.isEmpty())
         return;
-    int open = current >= 0 ? m_model.folderOf(current) : -1;
-    QList<int> openFolders;
-    for (; open > 0; open = m_model.folder(open).parent)
-        openFolders.append(open);
-
-    // Appended piece by piece: every page has a tree, and large projects many pages.
-    *out += QLatin1StringView("<ul>\n");
+    QByteArray &out = tree->html;
+    out += "<ul>\n";
     for (int child : f.folders) {
         if (openFolders.contains(child)) {
-            *out += QLatin1StringView("<li class=\"folder open\"><span>");
-            *out += m_folderNames.at(child);
-            *out += QLatin1StringView("</span>\n");
-            addTreeFolder(child, current, up, out);
-            *out += QLatin1StringView("</li>\n");
+            out += "<li class=\"folder open\"><span>" + m_folderNames.at(child) + "</span>\n";
+            addTreeFolder(child, openFolders, up, tree);
+            out += "</li>\n";
         } else {
-            *out += QLatin1StringView("<li class=\"folder\"><a href=\"");
-            *out += up;
-            *out += QLatin1StringView("index.html#f");
-            *out += QString::number(child);
-            *out += QLatin1StringView("\">");
-            *out += m_folderNames.at(child);
-            *out += QLatin1StringView("</a></li>\n");
+            out += "<li class=\"folder\"><a href=\"" + up + "index.html#f"
+                + QByteArray::number(child) + "\">" + m_folderNames.at(child) + "</a></li>\n";
         }
     }
     for (int page : f.pages) {
-        *out += QLatin1StringView("<li><a href=\"");
-        *out += up;
-        *out += m_model.pageUrl(page);
-        *out += page == current ? QLatin1StringView("\" aria-current=\"page\">")
-                                : QLatin1StringView("\">");
-        *out += m_titles.at(page);
-        *out += QLatin1StringView("</a></li>\n");
+        out += "<li><a href=\"" + up + m_model.pageUrl(page).toLatin1() + '"';
+        if (folder == tree->folder)
+            tree->marks.insert(page, out.size());
+        out += ">" + m_titles.at(page) + "</a></li>\n";
     }
-    *out += QLatin1StringView("</ul>\n");
+    out += "</ul>\n";
 }
 
 QByteArray HtmlPageWriter::documentPage(int document, const QString &language,
                                         const QString &textLanguage, const QByteArray &body,
-                                        const QList<PageLink> &links) const
+                                        const QList<PageLink> &links,
+                                        const FolderTree &tree) const
 {
     const SiteText &text = SiteText::forLanguage(language);
     const QString u = up(document);
     const QString url = SiteModel::url(m_model.pagePath(document)) + QLatin1StringView(".html");
-    QString top = head(language, m_model.title(document), u) + banner(language, u, url)
-        + tree(document, u, language);
+    const QByteArray start = (head(language, m_model.title(document), u)
+                              + banner(language, u, url)).toUtf8();
+    const qsizetype mark = tree.marks.value(document);
 
-    top += QStringLiteral("<main id=\"main\">\n<nav class=\"breadcrumbs\" aria-label=\"%1\">\n"
-                          "<ol>\n<li><a href=\"%2index.html\">%3</a></li>\n")
-               .arg(esc(text.breadcrumbs), u, esc(text.contents));
+    QString top = QStringLiteral("<main id=\"main\">\n<nav class=\"breadcrumbs\" "
+                                 "aria-label=\"%1\">\n<ol>\n"
+                                 "<li><a href=\"%2index.html\">%3</a></li>\n")
+                      .arg(esc(text.breadcrumbs), u, esc(text.contents));
     QList<int> folders;
     for (int f = m_model.folderOf(document); f > 0; f = m_model.folder(f).parent)
         folders.prepend(f);
@@ -204,7 +200,13 @@ QByteArray HtmlPageWriter::documentPage(int document, const QString &language,
         bottom += QLatin1StringView("</ul>\n</nav>\n");
     }
     bottom += pageEnd;
-    return top.toUtf8() + body + bottom.toUtf8();
+    const QByteArray end = bottom.toUtf8();
+    QByteArray page = start;
+    page.reserve(start.size() + tree.html.size() + top.size() + body.size() + end.size() + 32);
+    page.append(tree.html.constData(), mark);
+    page += " aria-current=\"page\"";
+    page.append(tree.html.constData() + mark, tree.html.size() - mark);
+    return page + top.toUtf8() + body + end;
 }
 
 // The whole tree, every folder open, each with the anchor that the pages'

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -16,6 +17,16 @@ struct PageLink
     QString text;
 };
 
+// The contents tree that every page of one folder shows in one language,
+// as UTF-8: the pages differ only in the mark of the current one, which goes
+// at marks[document].
+struct FolderTree
+{
+    int folder = -1;
+    QByteArray html;
+    QHash<int, qsizetype> marks;
+};
+
 // Writes the pages of one language around the bodies: contents tree,
 // breadcrumbs, previous/next, language switch and search. For Qt Help the
 // same pages come without search and language switch, and without scripts.
@@ -27,9 +38,13 @@ public:
     HtmlPageWriter(const SiteModel &model, const QString &projectName,
                    const QStringList &languages, Target target);
 
-    // textLanguage differs from language where the page shows the fallback's text.
+    // Made once per folder and language: a page's tree is this one with its mark.
+    FolderTree folderTree(int folder, const QString &language) const;
+    // textLanguage differs from language where the page shows the fallback's text;
+    // tree is folderTree() of the document's folder in language.
     QByteArray documentPage(int document, const QString &language, const QString &textLanguage,
-                            const QByteArray &body, const QList<PageLink> &links) const;
+                            const QByteArray &body, const QList<PageLink> &links,
+                            const FolderTree &tree) const;
     QByteArray contentsPage(const QString &language) const;
     QByteArray searchPage(const QString &language) const;
     // OUT/index.html: sends the reader on to the first language.
@@ -38,15 +53,15 @@ public:
 private:
     QString head(const QString &language, const QString &title, const QString &up) const;
     QString banner(const QString &language, const QString &up, const QString &pagePath) const;
-    QString tree(int current, const QString &up, const QString &language) const;
-    void addTreeFolder(int folder, int current, const QString &up, QString *out) const;
+    void addTreeFolder(int folder, const QList<int> &openFolders, const QByteArray &up,
+                       FolderTree *tree) const;
     QString pageUrl(int document, const QString &up) const;
     QString folderUrl(int folder, const QString &up) const;
     QString up(int document) const;
 
     const SiteModel &m_model;
-    QStringList m_titles; // escaped, by document
-    QStringList m_folderNames; // escaped, by folder
+    QList<QByteArray> m_titles; // escaped UTF-8, by document
+    QList<QByteArray> m_folderNames; // escaped UTF-8, by folder
     QString m_projectName;
     QStringList m_languages;
     Target m_target;

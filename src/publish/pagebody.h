@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringView>
 
 namespace ZyHelp {
 struct HelpLanguage;
@@ -19,7 +20,10 @@ public:
     // The distinct lower-case words of the text, sorted, joined by spaces.
     static QByteArray searchWords(const QString &title, const HelpLanguage &language);
 
+    // QString::toLower(), without its case table for text below U+0100.
+    static QString lowered(const QString &text);
     static QString escaped(const QString &text);
+    static void appendEscaped(QStringView text, QString *out);
     // Paragraphs at blank lines; a line break inside one stays a line break.
     static QString paragraphs(const QString &text);
     static QString sectionAnchor(qsizetype position)

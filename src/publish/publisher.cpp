@@ -33,6 +33,34 @@ struct DocumentFacts
     QList<PageLink> links;
 };
 
+// Pages of one folder that one thread writes.
+struct FolderPages
+{
+    int folder = -1;
+    QList<int> documents;
+};
+
+// The folders' pages, a large folder's in parts so that a project of one
+// folder still keeps every thread busy; ordered so that neighbouring tasks,
+// which run at the same time, lie in different folders where there are several.
+QList<FolderPages> folderTasks(const SiteModel &model)
+{
+    const qsizetype partSize = 100;
+    QList<QList<FolderPages>> rounds;
+    for (qsizetype f = 0; f < model.folderCount(); ++f) {
+        const QList<int> &pages = model.folder(int(f)).pages;
+        for (qsizetype from = 0, part = 0; from < pages.size(); from += partSize, ++part) {
+            if (rounds.size() <= part)
+                rounds.resize(part + 1);
+            rounds[part].append(FolderPages{int(f), pages.mid(from, partSize)});
+        }
+    }
+    QList<FolderPages> tasks;
+    for (const QList<FolderPages> &round : std::as_const(rounds))
+        tasks += round;
+    return tasks;
+}
+
 // The text a page shows: its language's, else the fallback's, else the
 // document's first language's.
 QString shownLanguage(const QStringList &has, const QString &language, const QString &fallback)
@@ -182,33 +210,52 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
             QDir(root).mkpath(language + u'/' + model.folder(int(f)).path);
     }
 
-    // Each document is read again and all its pages written at once.
-    const QList<WrittenPages> written =
-        QtConcurrent::blockingMapped<QList<WrittenPages>>(indexes, [&](int i) {
-            WrittenPages result;
-            ParseStatus status;
-            const HelpData data = HelpParser().parse(documents.at(i).filePath, &status);
-            const QStringList has = data.languages.keys();
-            QMap<QString, QByteArray> bodies;
-            QMap<QString, QByteArray> words;
-            for (const QString &language : languages) {
-                const QString shown = shownLanguage(has, language, fallback);
-                if (!bodies.contains(shown)) {
-                    const HelpLanguage text = data.languages.value(shown);
-                    bodies.insert(shown, PageBody::html(model.title(i), text));
-                    if (site)
-                        words.insert(shown, PageBody::searchWords(model.title(i), text));
+    // Each document is read again and all its pages written at once. A task
+    // takes the pages of one folder: its tree is made once per language, and
+    // the threads create files in different folders instead of waiting on
+    // each other for the same folder's lock.
+    const QList<FolderPages> tasks = folderTasks(model);
+    using TaskPages = QList<WrittenPages>;
+    const QList<TaskPages> writtenByTask =
+        QtConcurrent::blockingMapped<QList<TaskPages>>(tasks, [&](const FolderPages &task) {
+            QList<FolderTree> trees;
+            for (const QString &language : languages)
+                trees.append(writer.folderTree(task.folder, language));
+            QList<WrittenPages> results;
+            for (int i : task.documents) {
+                WrittenPages result;
+                ParseStatus status;
+                const HelpData data = HelpParser().parse(documents.at(i).filePath, &status);
+                const QStringList has = data.languages.keys();
+                QMap<QString, QByteArray> bodies;
+                QMap<QString, QByteArray> words;
+                for (qsizetype l = 0; l < languages.size(); ++l) {
+                    const QString &language = languages.at(l);
+                    const QString shown = shownLanguage(has, language, fallback);
+                    if (!bodies.contains(shown)) {
+                        const HelpLanguage text = data.languages.value(shown);
+                        bodies.insert(shown, PageBody::html(model.title(i), text));
+                        if (site)
+                            words.insert(shown, PageBody::searchWords(model.title(i), text));
+                    }
+                    const QByteArray html =
+                        writer.documentPage(i, language, shown, bodies.value(shown),
+                                            facts.at(i).links, trees.at(l));
+                    result.ok = writeFile(root + u'/' + language + u'/' + model.pagePath(i)
+                                              + QLatin1StringView(".html"),
+                                          html)
+                        && result.ok;
+                    result.words.append(words.value(shown));
                 }
-                const QByteArray html = writer.documentPage(i, language, shown, bodies.value(shown),
-                                                            facts.at(i).links);
-                result.ok = writeFile(root + u'/' + language + u'/' + model.pagePath(i)
-                                          + QLatin1StringView(".html"),
-                                      html)
-                    && result.ok;
-                result.words.append(words.value(shown));
+                results.append(result);
             }
-            return result;
+            return results;
         });
+    QList<WrittenPages> written(documents.size());
+    for (qsizetype t = 0; t < tasks.size(); ++t) {
+        for (qsizetype d = 0; d < tasks.at(t).documents.size(); ++d)
+            written[tasks.at(t).documents.at(d)] = writtenByTask.at(t).at(d);
+    }
 
     const bool pagesWritten = std::all_of(written.cbegin(), written.cend(),
                                           [](const WrittenPages &pages) { return pages.ok; });

@@ -18,29 +18,18 @@ using namespace ZyHelp;
 namespace {
 
 const int folderCount = 20;
-const int documentsPerFolder = 100;
-const int documentCount = folderCount * documentsPerFolder;
+const int documentCount = folderCount * Bench::documentsPerFolder;
 const int runs = 7;
 
-// The documents are named by the generator's running number, so that its
-// links ("seite<N>") name documents of the project and a clean project
-// checks clean. Every document is listed in the project file.
+// Every document is listed in the project file, so that a clean project checks clean.
 bool makeProject(const QString &root, const QString &projectFile, QStringList *paths)
 {
-    HelpWriter writer;
+    *paths = Bench::writeProject(root, documentCount);
+    if (paths->isEmpty())
+        return false;
     QByteArray list = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyproject name=\"Bench\">\n";
-    for (int folder = 0; folder < folderCount; ++folder) {
-        const QString folderName = QStringLiteral("kapitel%1").arg(folder, 2, 10, QLatin1Char('0'));
-        QDir(root).mkpath(folderName);
-        for (int document = 0; document < documentsPerFolder; ++document) {
-            const int index = folder * documentsPerFolder + document;
-            const QString relative = folderName + QStringLiteral("/seite%1.zyhelp").arg(index);
-            paths->append(QDir(root).filePath(relative));
-            if (!writer.writeXml(Bench::sampleDocument(index, documentCount), paths->last()))
-                return false;
-            list += "    <file>" + relative.toUtf8() + "</file>\n";
-        }
-    }
+    for (const QString &path : std::as_const(*paths))
+        list += "    <file>" + QDir(root).relativeFilePath(path).toUtf8() + "</file>\n";
     list += "</zyproject>\n";
     QFile file(projectFile);
     return file.open(QIODevice::WriteOnly) && file.write(list) == list.size();

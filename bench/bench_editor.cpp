@@ -31,7 +31,6 @@
 
 namespace {
 
-const int documentsPerFolder = 100;
 const int rounds = 3;
 const int coldOpensPerRound = 2;
 
@@ -102,24 +101,15 @@ private:
     bool m_failed = false;
 };
 
-// documentCount / documentsPerFolder folders of documentsPerFolder documents.
+// The sample documents and an empty project file, which lets the editor find them.
 bool makeProject(const QString &root, const QString &projectFile, int documentCount)
 {
-    ZyHelp::HelpWriter writer;
-    for (int folder = 0; folder < documentCount / documentsPerFolder; ++folder) {
-        const QString folderName = QStringLiteral("kapitel%1").arg(folder, 3, 10, QLatin1Char('0'));
-        QDir(root).mkpath(folderName);
-        for (int document = 0; document < documentsPerFolder; ++document) {
-            const QString path = QDir(root).filePath(
-                folderName + QStringLiteral("/seite%1.zyhelp").arg(document, 3, 10, QLatin1Char('0')));
-            const int index = folder * documentsPerFolder + document;
-            if (!writer.writeXml(Bench::sampleDocument(index, documentCount), path))
-                return false;
-        }
-    }
+    if (Bench::writeProject(root, documentCount).isEmpty())
+        return false;
+    const QByteArray project =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyproject name=\"Bench\"/>\n";
     QFile file(projectFile);
-    return file.open(QIODevice::WriteOnly)
-           && file.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyproject name=\"Bench\"/>\n") > 0;
+    return file.open(QIODevice::WriteOnly) && file.write(project) == project.size();
 }
 
 int countNodes(QTreeWidgetItem *item)

@@ -22,25 +22,6 @@ using namespace ZyHelp::Publish;
 
 namespace {
 
-const int documentsPerFolder = 100;
-
-// The generated documents, named by their running number so that their links
-// ("seite<N>") name documents of the project. Returns the files' bytes.
-qint64 makeProject(const QString &root, int documentCount, QStringList *paths)
-{
-    HelpWriter writer;
-    qint64 bytes = 0;
-    for (int index = 0; index < documentCount; ++index) {
-        const QString folder =
-            QStringLiteral("kapitel%1").arg(index / documentsPerFolder, 3, 10, QLatin1Char('0'));
-        QDir(root).mkpath(folder);
-        paths->append(QDir(root).filePath(folder + QStringLiteral("/seite%1.zyhelp").arg(index)));
-        if (!writer.writeXml(Bench::sampleDocument(index, documentCount), paths->last()))
-            return -1;
-        bytes += QFileInfo(paths->last()).size();
-    }
-    return bytes;
-}
 
 // Peak resident memory of the program publishing the project, in MiB: run as
 // a child of its own, so that nothing of this process counts.
@@ -68,9 +49,9 @@ void benchSize(const QTemporaryDir &dir, int documentCount, int runs)
 {
     const QString sizeFolder = QStringLiteral("%1/").arg(documentCount);
     const QString root = dir.filePath(sizeFolder + QStringLiteral("Projekt"));
-    QStringList paths;
-    const qint64 projectBytes = makeProject(root, documentCount, &paths);
-    if (!dir.isValid() || projectBytes < 0) {
+    qint64 projectBytes = 0;
+    const QStringList paths = Bench::writeProject(root, documentCount, &projectBytes);
+    if (!dir.isValid() || paths.isEmpty()) {
         std::printf("  could not write the project\n");
         return;
     }
@@ -157,7 +138,8 @@ void benchSize(const QTemporaryDir &dir, int documentCount, int runs)
 
     std::printf("  %d documents in %d folders, %lld files of %.1f MiB written, %d threads, "
                 "best of %d%s\n",
-                documentCount, documentCount / documentsPerFolder, qlonglong(outFiles.size()),
+                documentCount, documentCount / Bench::documentsPerFolder,
+                qlonglong(outFiles.size()),
                 outBytes / 1048576.0, QThreadPool::globalInstance()->maxThreadCount(), runs,
                 status == 0 ? "" : " (PUBLISH FAILED)");
     Bench::printFigure(QStringLiteral("publish the HTML site"), publishMs, QStringLiteral("ms"));

@@ -21,27 +21,6 @@ using namespace ZyHelp::Translate;
 
 namespace {
 
-const int documentsPerFolder = 100;
-
-// A project of count generated documents in folders of 100; returns the
-// documents' paths and, in bytes, the size of its files.
-QStringList makeProject(const QString &root, int count, qint64 *bytes)
-{
-    QStringList paths;
-    HelpWriter writer;
-    *bytes = 0;
-    for (int index = 0; index < count; ++index) {
-        const QString folder =
-            QStringLiteral("%1/kapitel%2").arg(root).arg(index / documentsPerFolder);
-        if (index % documentsPerFolder == 0)
-            QDir().mkpath(folder);
-        paths.append(QStringLiteral("%1/seite%2.zyhelp").arg(folder).arg(index));
-        if (!writer.writeXml(Bench::sampleDocument(index, count), paths.last()))
-            return {};
-        *bytes += QFileInfo(paths.last()).size();
-    }
-    return paths;
-}
 
 bool exportProject(const QString &root, const QString &file)
 {
@@ -89,7 +68,7 @@ void benchProjectOf(int count, int runs)
     QTemporaryDir dir;
     qint64 projectBytes = 0;
     const QString root = dir.filePath(QStringLiteral("projekt"));
-    const QStringList paths = makeProject(root, count, &projectBytes);
+    const QStringList paths = Bench::writeProject(root, count, &projectBytes);
     if (paths.isEmpty()) {
         std::printf("  could not write the project\n");
         return;

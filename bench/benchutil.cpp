@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTextStream>
 
 #include <cstdio>
@@ -29,6 +30,27 @@ QString sectionText(int document, int section)
                           "die am Ende dieser Hilfe aufgeführt sind.")
         .arg(section)
         .arg(document);
+}
+
+QStringList writeProject(const QString &root, int documentCount, qint64 *bytes)
+{
+    ZyHelp::HelpWriter writer;
+    QStringList paths;
+    qint64 total = 0;
+    for (int index = 0; index < documentCount; ++index) {
+        const QString folder = QStringLiteral("%1/kapitel%2")
+                                   .arg(root)
+                                   .arg(index / documentsPerFolder, 3, 10, QLatin1Char('0'));
+        if (index % documentsPerFolder == 0)
+            QDir().mkpath(folder);
+        paths.append(QStringLiteral("%1/seite%2.zyhelp").arg(folder).arg(index));
+        if (!writer.writeXml(sampleDocument(index, documentCount), paths.last()))
+            return {};
+        total += QFileInfo(paths.last()).size();
+    }
+    if (bytes)
+        *bytes = total;
+    return paths;
 }
 
 ZyHelp::HelpData sampleDocument(int index, int documentCount)

@@ -19,6 +19,14 @@ const int sectionCount = 10;
 const QStringList &languageKeys();
 ZyHelp::HelpData sampleDocument(int index, int documentCount);
 
+// Writes documentCount sample documents below root, documentsPerFolder to a
+// folder, as kapitel000/seite0.zyhelp ...: named by their running number, so
+// that their links ("seite<N>") name documents of the project. Returns their
+// paths in document order, nothing if one could not be written; bytes, if
+// given, gets the size of their files.
+const int documentsPerFolder = 100;
+QStringList writeProject(const QString &root, int documentCount, qint64 *bytes = nullptr);
+
 // Runs fn `runs` times and returns the fastest run in milliseconds: the
 // least disturbed figure on a shared machine.
 double bestOfMs(int runs, const std::function<void()> &fn);

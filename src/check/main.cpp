@@ -9,7 +9,6 @@
 
 using namespace ZyHelp;
 using namespace ZyHelp::Check;
-
 using namespace ZyHelp::CommandLine;
 
 int main(int argc, char **argv)
@@ -51,12 +50,8 @@ int main(int argc, char **argv)
                        "(the documents below it) or a help document (.zyhelp)."),
         QStringLiteral("PATH..."));
 
-    if (!parser.parse(QCoreApplication::arguments()))
-        return usageError(parser.errorText());
-    if (parser.isSet(QStringLiteral("help")))
-        parser.showHelp(Passed);
-    if (parser.isSet(QStringLiteral("version")))
-        parser.showVersion();
+    if (!parseArguments(&parser))
+        return UsageError;
 
     const QString format = parser.value(formatOption);
     if (format != u"text" && format != u"json")

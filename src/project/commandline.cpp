@@ -1,6 +1,7 @@
 #include "commandline.h"
 #include "documentcollector.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 
 namespace ZyHelp::CommandLine {
@@ -14,6 +15,19 @@ void printLines(std::FILE *stream, const QStringList &lines)
 {
     for (const QString &line : lines)
         write(stream, (line + u'\n').toUtf8());
+}
+
+bool parseArguments(QCommandLineParser *parser)
+{
+    if (!parser->parse(QCoreApplication::arguments())) {
+        usageError(parser->errorText());
+        return false;
+    }
+    if (parser->isSet(QStringLiteral("help")))
+        parser->showHelp(Passed);
+    if (parser->isSet(QStringLiteral("version")))
+        parser->showVersion();
+    return true;
 }
 
 int usageError(const QString &message)

@@ -6,6 +6,8 @@
 
 #include <cstdio>
 
+class QCommandLineParser;
+
 namespace ZyHelp {
 
 class DocumentCollector;
@@ -18,6 +20,10 @@ enum ExitStatus { Passed = 0, Failed = 1, UsageError = 2 };
 
 void write(std::FILE *stream, const QByteArray &bytes);
 void printLines(std::FILE *stream, const QStringList &lines);
+
+// Reads the program's arguments. --help and --version are answered here and end
+// the program; false after a usage error, which is printed.
+bool parseArguments(QCommandLineParser *parser);
 
 // Prints "PROGRAM: MESSAGE" on stderr and returns UsageError.
 int usageError(const QString &message);

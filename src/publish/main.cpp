@@ -8,7 +8,6 @@
 
 using namespace ZyHelp;
 using namespace ZyHelp::Publish;
-
 using namespace ZyHelp::CommandLine;
 
 int main(int argc, char **argv)
@@ -52,12 +51,8 @@ int main(int argc, char **argv)
                        "(the documents below it) or a help document (.zyhelp)."),
         QStringLiteral("PATH..."));
 
-    if (!parser.parse(QCoreApplication::arguments()))
-        return usageError(parser.errorText());
-    if (parser.isSet(QStringLiteral("help")))
-        parser.showHelp(Publisher::Published);
-    if (parser.isSet(QStringLiteral("version")))
-        parser.showVersion();
+    if (!parseArguments(&parser))
+        return UsageError;
 
     PublishOptions options;
     const QString format = parser.value(formatOption);

@@ -197,12 +197,8 @@ int main(int argc, char **argv)
                        "(the documents below it) or a help document (.zyhelp)."),
         QStringLiteral("PATH..."));
 
-    if (!parser.parse(QCoreApplication::arguments()))
-        return usageError(parser.errorText());
-    if (parser.isSet(QStringLiteral("help")))
-        parser.showHelp(Passed);
-    if (parser.isSet(QStringLiteral("version")))
-        parser.showVersion();
+    if (!parseArguments(&parser))
+        return UsageError;
 
     const QStringList arguments = parser.positionalArguments();
     const QString command = arguments.value(0);

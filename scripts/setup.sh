@@ -15,6 +15,11 @@ packages=(
     libqt6sql6-sqlite                           # the help engine reads .qch files through SQLite
     linkchecker tidy chromium-headless-shell    # check the published HTML site
 )
+# The code style is checked with one fixed clang-format version, which only
+# Debian 12 has; elsewhere that test is skipped.
+if grep -q '^12\.' /etc/debian_version 2>/dev/null; then
+    packages+=(clang-format-14)
+fi
 if [ "${ZY_SETUP_EXTRA:-}" != "" ]; then
     # shellcheck disable=SC2206
     packages+=(${ZY_SETUP_EXTRA})

@@ -8,7 +8,7 @@
 set -euo pipefail
 
 build="$1" id="$2" version="$3"
-here="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+here="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)"
 schema="$here/desktop/shared-mime-info.rng"
 
 fail() { echo "check-install: $*" >&2; exit 1; }

@@ -124,10 +124,12 @@ for p in "${programs[@]}"; do
     [ "$(command -v "$p")" = "/usr/bin/$p" ] || fail "$p is not /usr/bin/$p"
     out="$(QT_QPA_PLATFORM=offscreen "$p" --version 2>/dev/null)" || fail "$p --version failed"
     [ "$out" = "$p $version" ] || fail "$p --version printed '$out'"
-    # man finds the page by the program's name; its options come from --help.
+    # man finds the page by the program's name; the page holds what --help says
+    # of project files. (groff may show a dash as a minus sign.)
     page="$(man -P cat "$p" 2>/dev/null)" || fail "man $p failed"
-    grep -qE "^ +$p +- " <<<"$page" || fail "man $p shows no NAME line: $(head -n 5 <<<"$page")"
-    grep -qF -- "--version" <<<"$page" || fail "man $p lacks the options of --help"
+    grep -qE "^ +$p +[^ [:alnum:]]+ +[[:alnum:]]" <<<"$page" ||
+        fail "man $p shows no NAME line: $(head -n 5 <<<"$page")"
+    grep -qF "(.zyproject" <<<"$page" || fail "man $p lacks the text of its --help"
 done
 for f in "/usr/share/applications/$id.desktop" "/usr/share/icons/hicolor/scalable/apps/$id.svg" \
          "/usr/share/metainfo/$id.metainfo.xml" "/usr/share/mime/packages/$id.xml"; do

@@ -10,6 +10,7 @@ packages=(
     qt6-translations-l10n                       # Qt's German texts for its dialogs and buttons
     desktop-file-utils appstream libxml2-utils  # validators of the installed desktop files
     dpkg-dev file                               # dpkg-shlibdeps and file, for cpack -G DEB
+    help2man lintian                            # manual pages from --help; the packages' check
     gettext translate-toolkit                   # msgfmt -c, msgmerge and pocount check PO output
     qt6-documentation-tools qt6-tools-dev       # qhelpgenerator, and QHelpEngineCore for its tests
     libqt6sql6-sqlite                           # the help engine reads .qch files through SQLite

@@ -18,20 +18,22 @@ suite=forky
 marker=.zy-forky-ready
 
 # Everything scripts/setup.sh asks for, so it finds nothing missing in the root
-# (the root has no network use after it is made), plus fonts for widget tests
-# and the mime database, whose trigger the package test watches.
+# (the root has no network use after it is made), plus fonts for widget tests,
+# the mime database, whose trigger the package test watches, and man-db, with
+# which it reads an installed manual page.
 packages=(
     cmake g++ make
     qt6-base-dev qt6-base-dev-tools libgl-dev
     xvfb xauth
     qt6-translations-l10n
     desktop-file-utils appstream libxml2-utils
-    dpkg-dev file
+    dpkg-dev file help2man lintian
     gettext translate-toolkit
     qt6-documentation-tools qt6-tools-dev libqt6sql6-sqlite
     linkchecker tidy chromium-headless-shell
     fonts-dejavu-core
     shared-mime-info
+    man-db
 )
 package_list="$(IFS=,; echo "${packages[*]}")"
 
@@ -270,5 +272,5 @@ fi
 run_child in_root "$root" env CI="${CI:-}" BUILD_DIR=/build bash /src/scripts/test.sh
 # The root is the clean system the package is tried on: built against its Qt,
 # installed, checked and removed again, leaving the root as it was.
-run_child in_root "$root" bash /src/scripts/test-package.sh /build
+run_child in_root "$root" bash /src/tests/package/test-package.sh /build
 log "forky leg passed (Qt $qt_version)"

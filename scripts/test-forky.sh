@@ -34,6 +34,9 @@ packages=(
     fonts-dejavu-core
     shared-mime-info
     man-db
+    # debootstrap does not resolve virtual packages: lintian's Perl needs
+    # perl-openssl-abi-3, which this one provides.
+    perl-openssl-defaults
 )
 package_list="$(IFS=,; echo "${packages[*]}")"
 

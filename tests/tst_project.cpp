@@ -61,6 +61,10 @@ private slots:
         QVERIFY(Test::readFile(file).contains("\">\n    <file>Z.zyhelp</file>"));
         QVERIFY(!pm.createProject(m_root, "missing/P")); // the state changed all the same
         QCOMPARE(pm.projectName() + pm.files().join(u','), "missing/PZ.zyhelp,a/b/c/d.zyhelp,a/x.zyhelp,a2.zyhelp,b.zyhelp");
+        // A carriage return written as it is would read back as a line end.
+        Test::writeFile(m_root + "/c\r.zyhelp", "");
+        QVERIFY(pm.createProject(m_root, "P"));
+        QVERIFY(Test::readFile(m_root + "/P.zyproject").contains("<file>c&#13;.zyhelp</file>"));
     }
 
     void registers_data()

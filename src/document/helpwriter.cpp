@@ -1,4 +1,5 @@
 #include "helpdata.h"
+#include "xmltext.h"
 
 #include <QDebug>
 #include <QSaveFile>
@@ -41,6 +42,43 @@ QString withoutLoneSurrogates(const QString &text)
 
 HelpWriter::HelpWriter() = default;
 
+QByteArray HelpWriter::toXml(const HelpData &data) const
+{
+    QByteArray bytes;
+    QXmlStreamWriter xml(&bytes);
+    xml.setAutoFormatting(true);
+    xml.writeStartDocument();
+
+    xml.writeStartElement(QStringLiteral("zyhelp"));
+    xml.writeAttribute(QStringLiteral("version"), withoutLoneSurrogates(data.version));
+    xml.writeAttribute(QStringLiteral("author"), withoutLoneSurrogates(data.author));
+
+    for (auto it = data.languages.cbegin(), end = data.languages.cend(); it != end; ++it) {
+        xml.writeStartElement(QStringLiteral("lang"));
+        xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(it.key()));
+        xml.writeStartElement(QStringLiteral("description"));
+        writeXmlText(xml, withoutLoneSurrogates(it->description));
+        xml.writeEndElement();
+        for (const HelpSection &section : it->sections) {
+            xml.writeStartElement(QStringLiteral("section"));
+            xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(section.name));
+            writeXmlText(xml, withoutLoneSurrogates(section.content));
+            xml.writeEndElement();
+        }
+        xml.writeEndElement();
+    }
+
+    for (const QString &link : data.links) {
+        xml.writeStartElement(QStringLiteral("link"));
+        xml.writeAttribute(QStringLiteral("page"), withoutLoneSurrogates(link));
+        xml.writeEndElement();
+    }
+
+    xml.writeEndElement();
+    xml.writeEndDocument();
+    return bytes;
+}
+
 bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
 {
     // The document goes to a temporary file beside the target that replaces it
@@ -55,37 +93,7 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
         return false;
     }
 
-    QByteArray bytes;
-    QXmlStreamWriter xml(&bytes);
-    xml.setAutoFormatting(true);
-    xml.writeStartDocument();
-
-    xml.writeStartElement(QStringLiteral("zyhelp"));
-    xml.writeAttribute(QStringLiteral("version"), withoutLoneSurrogates(data.version));
-    xml.writeAttribute(QStringLiteral("author"), withoutLoneSurrogates(data.author));
-
-    for (auto it = data.languages.cbegin(), end = data.languages.cend(); it != end; ++it) {
-        xml.writeStartElement(QStringLiteral("lang"));
-        xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(it.key()));
-        xml.writeTextElement(QStringLiteral("description"),
-                            withoutLoneSurrogates(it->description));
-        for (const HelpSection &section : it->sections) {
-            xml.writeStartElement(QStringLiteral("section"));
-            xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(section.name));
-            xml.writeCharacters(withoutLoneSurrogates(section.content));
-            xml.writeEndElement();
-        }
-        xml.writeEndElement();
-    }
-
-    for (const QString &link : data.links) {
-        xml.writeStartElement(QStringLiteral("link"));
-        xml.writeAttribute(QStringLiteral("page"), withoutLoneSurrogates(link));
-        xml.writeEndElement();
-    }
-
-    xml.writeEndElement();
-    xml.writeEndDocument();
+    const QByteArray bytes = toXml(data);
 
     // Written in one go and flushed before the commit: Qt 6.4's QSaveFile
     // commits a file that a size limit or a full disk cut short, but the

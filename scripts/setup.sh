@@ -15,6 +15,11 @@ packages=(
     libqt6sql6-sqlite                           # the help engine reads .qch files through SQLite
     linkchecker tidy chromium-headless-shell    # check the published HTML site
 )
+# The fuzz targets (scripts/fuzz.sh) need clang 14's libFuzzer, which only
+# Debian 12 has under these names; the forky leg does not fuzz.
+if grep -qs '^VERSION_ID="12"' /etc/os-release && grep -qs '^ID=debian' /etc/os-release; then
+    packages+=(clang libfuzzer-14-dev)
+fi
 if [ "${ZY_SETUP_EXTRA:-}" != "" ]; then
     # shellcheck disable=SC2206
     packages+=(${ZY_SETUP_EXTRA})

@@ -131,9 +131,9 @@ void XliffWriter::writeDocumentXml(const QList<TranslationUnit> &units)
         xml.writeAttribute(QStringLiteral("target-language"), m_targetLanguage);
     xml.writeAttribute(QStringLiteral("datatype"), QStringLiteral("plaintext"));
     xml.writeStartElement(QStringLiteral("body"));
-    const auto textElement = [&xml](const QString &name, const QString &text) {
+    const auto textElement = [&xml](const QString &name, const QString &content) {
         xml.writeStartElement(name);
-        writeXmlText(xml, text);
+        writeXmlText(xml, content);
         xml.writeEndElement();
     };
     for (const TranslationUnit &unit : units) {

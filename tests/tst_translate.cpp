@@ -609,6 +609,8 @@ private slots:
             "msgctxt \"a.zyhelp#description\"\nmsgid \"x\"\nmsgstr \"\"\n\n#. name of section 3",
             2, "the id 'a.zyhelp#description' was given before, on line");
         row("xliff duplicate id", "x.xlf", "#3/name", "#description", 2, "was given before");
+        row("xliff unit in a unit", "x.xlf", "<source>Harte Texte</source>", "<source>Harte Texte"
+            "</source><trans-unit id=\"x\"><source>a</source></trans-unit>", 2, "inside another");
         row("another project's ids", "x.po", "a.zyhelp#", "z.zyhelp#", 1,
             "z.zyhelp#description: no document of this run has this path");
         row("no Language header", "x.po", "\"Language: en\\n\"\n", "", 2, "names no target");

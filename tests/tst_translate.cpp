@@ -436,8 +436,8 @@ private slots:
                                "#~ msgstr \"y\"\n", "");
         row("plural", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgid_plural \"xs\"\n"
                              "msgstr[0] \"y\"\nmsgstr[1] \"ys\"\n", "i|x||0|");
-        row("long hexadecimal escape", head + "msgctxt \"i\"\nmsgid \"\\x4444444441\"\nmsgstr \"\"\n",
-            "i|A||0|");
+        row("long hexadecimal escape",
+            head + "msgctxt \"i\"\nmsgid \"\\x4444444441\"\nmsgstr \"\"\n", "i|A||0|");
         row("unknown escape", head + "msgid \"\\q\"\n", "4:8: unknown escape sequence");
         row("no msgid", head + "msgctxt \"i\"\nmsgstr \"y\"\n", "5:1: msgstr without");
         row("text after", head + "msgid \"x\" y\nmsgstr \"\"\n", "4:11: text after");

@@ -10,36 +10,6 @@
 
 namespace ZyHelp {
 
-namespace {
-
-// The text without UTF-16 surrogates that are not part of a pair. Such a
-// surrogate cannot be written as XML: Qt 6.11's writer drops it, but Qt 6.4's
-// loses everything written after it (names, text, end tags), so the writer
-// drops it first and both give the same file.
-QString withoutLoneSurrogates(const QString &text)
-{
-    const qsizetype size = text.size();
-    QString result;
-    qsizetype copied = 0; // text before this index is in result
-    for (qsizetype i = 0; i < size; ++i) {
-        const QChar c = text.at(i);
-        if (!c.isSurrogate())
-            continue;
-        if (c.isHighSurrogate() && i + 1 < size && text.at(i + 1).isLowSurrogate()) {
-            ++i; // a pair
-            continue;
-        }
-        result.append(QStringView(text).sliced(copied, i - copied));
-        copied = i + 1;
-    }
-    if (copied == 0)
-        return text;
-    result.append(QStringView(text).sliced(copied));
-    return result;
-}
-
-} // namespace
-
 HelpWriter::HelpWriter() = default;
 
 QByteArray HelpWriter::toXml(const HelpData &data) const

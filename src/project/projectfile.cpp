@@ -58,10 +58,10 @@ QByteArray ProjectFileWriter::toXml(const QString &name, const QStringList &file
     xml.setAutoFormatting(true);
     xml.writeStartDocument();
     xml.writeStartElement(QStringLiteral("zyproject"));
-    xml.writeAttribute(QStringLiteral("name"), name);
+    xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(name));
     for (const QString &entry : files) {
         xml.writeStartElement(QStringLiteral("file"));
-        writeXmlText(xml, entry);
+        writeXmlText(xml, withoutLoneSurrogates(entry));
         xml.writeEndElement();
     }
     xml.writeEndElement();

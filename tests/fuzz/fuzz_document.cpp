@@ -13,8 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArray written = HelpWriter().toXml(first);
     const HelpData second = HelpParser().parseData(written, &status);
     if (status.outcome != ParseStatus::Complete)
-        Fuzz::fail("the written document is faulty",
-                   status.errorString + u'\n' + QString::fromUtf8(written));
-    Fuzz::expectEqual("the document", first, second, Test::dump(first), Test::dump(second));
+        Fuzz::fail("the written document is faulty", QString::fromUtf8(written));
+    if (first != second)
+        Fuzz::expectEqual("the document", {Test::dump(first)}, {Test::dump(second)});
     return 0;
 }

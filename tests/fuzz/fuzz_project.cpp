@@ -1,52 +1,43 @@
-// A project file: its name (as the editor reads it) and its list of documents
-// (as the checker reads it), written and read back, must be those read.
+// A project file: its name as the editor reads it and its list of documents
+// as the checker reads it, written and read back, must be those read.
 
 #include "fuzzcommon.h"
 #include "projectfile.h"
-
-#include <QBuffer>
+#include "xmltext.h"
 
 using namespace ZyHelp;
 
 namespace {
 
-struct Read
+// The name (or nothing), whether the list was taken, and the list.
+QStringList read(const QByteArray &bytes, bool *listed)
 {
-    std::optional<QString> name;
-    bool listed = false;
+    Fuzz::Input forName(bytes);
+    const std::optional<QString> name = ProjectFileReader::readName(&forName);
+    Fuzz::Input forList(bytes);
     QStringList files;
     QString error;
-};
-
-Read read(QByteArray bytes)
-{
-    Read result;
-    QBuffer forName(&bytes);
-    forName.open(QIODevice::ReadOnly);
-    result.name = ProjectFileReader::readName(&forName);
-    QBuffer forList(&bytes);
-    forList.open(QIODevice::ReadOnly);
-    result.listed = ProjectFileReader::readList(&forList, QStringLiteral("p"), &result.files,
-                                                &result.error);
-    if (!result.listed)
-        result.files.clear(); // the checker takes nothing of a file it refuses
-    return result;
+    *listed = ProjectFileReader::readList(&forList, QString(), &files, &error);
+    // The checker takes nothing of a file it refuses.
+    return QStringList{name.value_or(QStringLiteral("(none)"))} + (*listed ? files : QStringList());
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const Read first = read(Fuzz::input(data, size));
-    if (!first.name)
+    bool listed = false;
+    QStringList first = read(Fuzz::input(data, size), &listed);
+    if (first.constFirst() == u"(none)" && !listed)
         return 0;
-    const QByteArray written = ProjectFileWriter::toXml(*first.name, first.files);
-    const Read second = read(written);
-    if (!second.listed)
-        Fuzz::fail("the written file is refused",
-                   second.error + u'\n' + QString::fromUtf8(written));
-    Fuzz::expectEqual("the name", *first.name, second.name.value_or(QStringLiteral("(none)")));
-    Fuzz::expectEqual("the documents", first.files, second.files, first.files.join(u'|'),
-                      second.files.join(u'|'));
+    // A reader decoding UTF-16 keeps lone surrogates, which XML cannot hold:
+    // the writer drops them.
+    for (QString &text : first)
+        text = withoutLoneSurrogates(text);
+    const QByteArray written = ProjectFileWriter::toXml(first.constFirst(), first.mid(1));
+    const QStringList second = read(written, &listed);
+    if (!listed)
+        Fuzz::fail("the written file is refused", QString::fromUtf8(written));
+    Fuzz::expectEqual("the name and the documents", first, second);
     return 0;
 }

@@ -1,5 +1,4 @@
-// An XLIFF file: read, written and read back, it must give the units and
-// languages read.
+// An XLIFF file: read, written and read back, it must give what was read.
 
 #include "catalogcheck.h"
 #include "xliffreader.h"
@@ -11,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     Catalog first;
     ReadError error;
-    if (!Fuzz::readCatalog<XliffReader>(Fuzz::input(data, size), &first, &error))
+    if (!Fuzz::read<XliffReader>(Fuzz::input(data, size), &first, &error))
         return 0;
     for (TranslationUnit &unit : first.units) {
         // A template holds no translations, and an empty target is none: the
@@ -20,14 +19,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             unit.target.clear();
         if (unit.target.isEmpty())
             unit.fuzzy = false;
-        // The earlier source goes with an earlier translation of a fuzzy unit.
+        // The earlier source goes with the earlier translation of a fuzzy unit.
         if (!unit.fuzzy)
             unit.previousSource.clear();
     }
     QByteArray written;
-    QBuffer out(&written);
-    out.open(QIODevice::WriteOnly);
-    XliffWriter(&out, first.sourceLanguage, first.targetLanguage).write(first);
+    QBuffer output(&written);
+    output.open(QIODevice::WriteOnly);
+    XliffWriter(&output, first.sourceLanguage, first.targetLanguage).write(first);
     Catalog second;
     Fuzz::expectReadBack<XliffReader>(first, written, &second);
     return 0;

@@ -1,12 +1,11 @@
 #pragma once
 
-// What every fuzz target shares: the input as bytes, silence from Qt, and the
-// verdict on a round trip. A target aborts, so that libFuzzer keeps the input.
+// What every fuzz target shares: the input, silence from Qt, and the verdict
+// on a round trip. A fault aborts, so that libFuzzer keeps the input.
 
-#include <QByteArray>
-#include <QString>
+#include <QBuffer>
+#include <QStringList>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
@@ -14,25 +13,12 @@ namespace Fuzz {
 
 inline QByteArray input(const uint8_t *data, size_t size)
 {
-    // Every reader must stay silent: a message is a fault like a crash.
+    // The readers must stay silent: a message is a fault like a crash.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &message) {
         std::fprintf(stderr, "unexpected message: %s\n", qUtf8Printable(message));
         std::abort();
     });
     return QByteArray(reinterpret_cast<const char *>(data), qsizetype(size));
-}
-
-// Control characters and lone surrogates shown as \u escapes.
-inline QString shown(const QString &text)
-{
-    QString out;
-    for (const QChar c : text) {
-        if (c.unicode() < 0x20 || c.isSurrogate() || c.unicode() == 0x7f)
-            out += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
-        else
-            out += c;
-    }
-    return out;
 }
 
 [[noreturn]] inline void fail(const char *what, const QString &details)
@@ -41,18 +27,33 @@ inline QString shown(const QString &text)
     std::abort();
 }
 
-template<typename T>
-void expectEqual(const char *what, const T &first, const T &second,
-                 const QString &firstShown, const QString &secondShown)
+// Both reads, fields in a list, with control characters shown as escapes.
+inline void expectEqual(const char *what, const QStringList &read, const QStringList &back)
 {
-    if (!(first == second))
-        fail(what, QStringLiteral("read:      %1\nread back: %2")
-                           .arg(shown(firstShown), shown(secondShown)));
+    if (read == back)
+        return;
+    const auto shown = [](const QStringList &fields) {
+        QString out = fields.join(u'|');
+        for (qsizetype i = out.size() - 1; i >= 0; --i) {
+            const int c = out.at(i).unicode();
+            if (c < 0x20 || QChar::isSurrogate(char32_t(c)))
+                out.replace(i, 1, QStringLiteral("\\u%1").arg(c, 4, 16, QChar(u'0')));
+        }
+        return out;
+    };
+    fail(what, QStringLiteral("read:      %1\nread back: %2").arg(shown(read), shown(back)));
 }
 
-inline void expectEqual(const char *what, const QString &first, const QString &second)
+// A buffer over bytes, open for reading, for readers that take a device.
+struct Input : QBuffer
 {
-    expectEqual(what, first, second, first, second);
-}
+    explicit Input(QByteArray bytes)
+        : m_bytes(std::move(bytes))
+    {
+        setBuffer(&m_bytes);
+        open(QIODevice::ReadOnly);
+    }
+    QByteArray m_bytes;
+};
 
 } // namespace Fuzz

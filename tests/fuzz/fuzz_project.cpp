@@ -31,9 +31,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (first.constFirst() == u"(none)" && !listed)
         return 0;
     // A reader decoding UTF-16 keeps lone surrogates, which XML cannot hold:
-    // the writer drops them.
-    for (QString &text : first)
-        text = withoutLoneSurrogates(text);
+    // the writer drops them, and the list's entries are trimmed again.
+    for (qsizetype i = 0; i < first.size(); ++i) {
+        first[i] = withoutLoneSurrogates(first[i]);
+        if (i > 0)
+            first[i] = first[i].trimmed();
+    }
     const QByteArray written = ProjectFileWriter::toXml(first.constFirst(), first.mid(1));
     const QStringList second = read(written, &listed);
     if (!listed)

@@ -28,6 +28,7 @@ public:
 class ProjectFileWriter
 {
 public:
+    // The file's bytes, as ProjectManager::saveProject writes them.
     static QByteArray toXml(const QString &name, const QStringList &files);
 };
 

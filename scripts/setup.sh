@@ -16,10 +16,12 @@ packages=(
     libqt6sql6-sqlite                           # the help engine reads .qch files through SQLite
     linkchecker tidy chromium-headless-shell    # check the published HTML site
 )
-# The code style is checked with one fixed clang-format version, which only
-# Debian 12 has; elsewhere that test is skipped.
-if grep -q '^12\.' /etc/debian_version 2>/dev/null; then
-    packages+=(clang-format-14)
+# Tools whose version is fixed, which only Debian 12 has under these names:
+# clang-format 14 checks the code style (test code_style, skipped without it)
+# and clang 14's libFuzzer runs the fuzz targets (scripts/fuzz.sh); the forky
+# leg does neither.
+if grep -qs '^VERSION_ID="12"' /etc/os-release && grep -qs '^ID=debian' /etc/os-release; then
+    packages+=(clang-format-14 clang libfuzzer-14-dev)
 fi
 if [ "${ZY_SETUP_EXTRA:-}" != "" ]; then
     # shellcheck disable=SC2206

@@ -45,6 +45,12 @@ private slots:
         QTest::newRow("empty") << HelpData() << QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                                                            "<zyhelp version=\"\" author=\"\"/>\n");
         QTest::newRow("sample") << sample() << Test::readFile(QFINDTESTDATA("data/sample.zyhelp"));
+        HelpData cr; // a carriage return written as it is would read back as a line end
+        cr.languages["de"] = HelpLanguage{"a\r\nb\r", {{"s", "\rc"}}};
+        QTest::newRow("carriage returns") << cr << QByteArray(
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<zyhelp version=\"\" author=\"\">\n"
+            "    <lang name=\"de\">\n        <description>a&#13;\nb&#13;</description>\n"
+            "        <section name=\"s\">&#13;c</section>\n    </lang>\n</zyhelp>\n");
     }
     void writes()
     {

@@ -61,6 +61,18 @@ private slots:
         QVERIFY(Test::readFile(file).contains("\">\n    <file>Z.zyhelp</file>"));
         QVERIFY(!pm.createProject(m_root, "missing/P")); // the state changed all the same
         QCOMPARE(pm.projectName() + pm.files().join(u','), "missing/PZ.zyhelp,a/b/c/d.zyhelp,a/x.zyhelp,a2.zyhelp,b.zyhelp");
+        // A carriage return written as it is would read back as a line end.
+        Test::writeFile(m_root + "/c\r.zyhelp", "");
+        QVERIFY(pm.createProject(m_root, "P"));
+        QVERIFY(Test::readFile(m_root + "/P.zyproject").contains("<file>c&#13;.zyhelp</file>"));
+        // Read from UTF-16, a name may hold a lone surrogate, after which Qt 6.4
+        // would write nothing whole.
+        const QString utf16 = QString("<zyproject name=\"a") + QChar(0xd800) + "b\"/>";
+        const QString file16 = m_root + "/P.zyproject";
+        const QByteArray bytes(reinterpret_cast<const char *>(utf16.utf16()), utf16.size() * 2);
+        Test::writeFile(file16, "\xff\xfe" + bytes);
+        QVERIFY(pm.openProject(file16) && pm.saveProject());
+        QVERIFY(Test::readFile(file16).contains("name=\"ab\">\n    <file>Z.zyhelp</file>"));
     }
 
     void registers_data()

@@ -137,20 +137,25 @@ private slots:
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("target");
         QTest::addColumn<QString>("changed"); // what a merged export must hold
-        QTest::newRow("po") << "x.po" << "en" << "";
-        QTest::newRow("pot") << "x.pot" << "" << "";
-        QTest::newRow("xliff") << "x.xlf" << "en" << "";
-        QTest::newRow("xliff template") << "x.xliff" << "" << "";
-        QTest::newRow("po merged") << "x.po" << "en" << "#| msgid \"Erster Text\"";
-        QTest::newRow("xliff merged") << "x.xlf" << "en" << "state=\"needs-adaptation\"";
+        QTest::addColumn<QString>("source");
+        QTest::newRow("po") << "x.po" << "en" << "" << "de";
+        QTest::newRow("pot") << "x.pot" << "" << "" << "de";
+        QTest::newRow("xliff") << "x.xlf" << "en" << "" << "de";
+        QTest::newRow("xliff template") << "x.xliff" << "" << "" << "de";
+        QTest::newRow("po merged") << "x.po" << "en" << "#| msgid \"Erster Text\"" << "de";
+        QTest::newRow("xliff merged") << "x.xlf" << "en" << "state=\"needs-adaptation\"" << "de";
+        // No document has the source language: an XLIFF file still needs a <file>.
+        QTest::newRow("xliff without units") << "x.xlf" << "en" << "" << "fr";
     }
     void exportsPassTheirTools()
     {
         QFETCH(QString, file);
         QFETCH(QString, target);
         QFETCH(QString, changed);
-        const QString arguments = QStringLiteral("export --source de%1 -o %2 proj")
-                                      .arg(target.isEmpty() ? "" : " --target " + target, file);
+        QFETCH(QString, source);
+        const QString arguments = QStringLiteral("export --source %1%2 -o %3 proj")
+                                      .arg(source, target.isEmpty() ? "" : " --target " + target,
+                                           file);
         QCOMPARE(translate(arguments).code, 0);
         if (!changed.isEmpty()) {
             HelpData b = read("proj/kapitel/b.zyhelp");
@@ -217,9 +222,9 @@ private slots:
         QCOMPARE(units.size(), 11);
         QCOMPARE(units.value("a.zyhelp#1/content").source, hard);
         QCOMPARE(units.value("kapitel/b.zyhelp#description").target, "Chapter");
-        // QXmlStreamWriter writes a carriage return as it is, which XML reads as a line feed.
-        QCOMPARE(units.value("kapitel/b.zyhelp#1/content").target.replace(u'\r', u'\n'),
-                 "First\ntext");
+        // Written as a character reference, a carriage return reads back as itself.
+        QVERIFY(Test::readFile(path("x.xlf")).contains(">First&#13;text</target>"));
+        QCOMPARE(units.value("kapitel/b.zyhelp#1/content").target, "First\rtext");
     }
 
     void roundTrip_data()
@@ -431,6 +436,8 @@ private slots:
                                "#~ msgstr \"y\"\n", "");
         row("plural", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgid_plural \"xs\"\n"
                              "msgstr[0] \"y\"\nmsgstr[1] \"ys\"\n", "i|x||0|");
+        row("long hexadecimal escape",
+            head + "msgctxt \"i\"\nmsgid \"\\x4444444441\"\nmsgstr \"\"\n", "i|A||0|");
         row("unknown escape", head + "msgid \"\\q\"\n", "4:8: unknown escape sequence");
         row("no msgid", head + "msgctxt \"i\"\nmsgstr \"y\"\n", "5:1: msgstr without");
         row("text after", head + "msgid \"x\" y\nmsgstr \"\"\n", "4:11: text after");
@@ -602,6 +609,8 @@ private slots:
             "msgctxt \"a.zyhelp#description\"\nmsgid \"x\"\nmsgstr \"\"\n\n#. name of section 3",
             2, "the id 'a.zyhelp#description' was given before, on line");
         row("xliff duplicate id", "x.xlf", "#3/name", "#description", 2, "was given before");
+        row("xliff unit in a unit", "x.xlf", "<source>Harte Texte</source>", "<source>Harte Texte"
+            "</source><trans-unit id=\"x\"><source>a</source></trans-unit>", 2, "inside another");
         row("another project's ids", "x.po", "a.zyhelp#", "z.zyhelp#", 1,
             "z.zyhelp#description: no document of this run has this path");
         row("no Language header", "x.po", "\"Language: en\\n\"\n", "", 2, "names no target");

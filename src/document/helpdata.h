@@ -14,12 +14,24 @@ struct HelpSection
     QString content;
 };
 
+inline bool operator==(const HelpSection &a, const HelpSection &b)
+{
+    return a.name == b.name && a.content == b.content;
+}
+inline bool operator!=(const HelpSection &a, const HelpSection &b) { return !(a == b); }
+
 // The part of a document in one language. Its key lives in HelpData::languages only.
 struct HelpLanguage
 {
     QString description;
     QList<HelpSection> sections;
 };
+
+inline bool operator==(const HelpLanguage &a, const HelpLanguage &b)
+{
+    return a.description == b.description && a.sections == b.sections;
+}
+inline bool operator!=(const HelpLanguage &a, const HelpLanguage &b) { return !(a == b); }
 
 // One help document, as read from and written to a .zyhelp file.
 struct HelpData
@@ -31,6 +43,13 @@ struct HelpData
     QMap<QString, HelpLanguage> languages; // ordered by key, case-sensitively
     QStringList links;
 };
+
+inline bool operator==(const HelpData &a, const HelpData &b)
+{
+    return a.version == b.version && a.author == b.author && a.languages == b.languages
+        && a.links == b.links;
+}
+inline bool operator!=(const HelpData &a, const HelpData &b) { return !(a == b); }
 
 // A description or section text that is empty or still the text the editor
 // puts into a new document ("Neue Beschreibung"), language or section ("..."):
@@ -59,6 +78,8 @@ public:
     // Logs nothing: status tells whether and where the read stopped early.
     // Safe to call from several threads at once.
     HelpData parse(const QString &filePath, ParseStatus *status);
+    // The same on a file's bytes, already read.
+    HelpData parseData(const QByteArray &bytes, ParseStatus *status);
 
     // The warning that parse(filePath) logs for this outcome, if any.
     static void logStatus(const QString &filePath, const ParseStatus &status);
@@ -71,6 +92,8 @@ public:
     HelpWriter();
 
     bool writeXml(const HelpData &data, const QString &filePath);
+    // The file's bytes, as writeXml writes them.
+    QByteArray toXml(const HelpData &data) const;
 };
 
 } // namespace ZyHelp

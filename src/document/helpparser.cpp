@@ -69,7 +69,6 @@ void HelpParser::logStatus(const QString &filePath, const ParseStatus &status)
 
 HelpData HelpParser::parse(const QString &filePath, ParseStatus *status)
 {
-    HelpData result;
     *status = ParseStatus();
 
     // Not in text mode: that would drop every 0x0D byte before decoding and
@@ -79,10 +78,17 @@ HelpData HelpParser::parse(const QString &filePath, ParseStatus *status)
     if (!file.open(QIODevice::ReadOnly)) {
         status->outcome = ParseStatus::Unreadable;
         status->errorString = file.errorString();
-        return result;
+        return HelpData();
     }
     const QByteArray bytes = file.readAll();
     file.close();
+    return parseData(bytes, status);
+}
+
+HelpData HelpParser::parseData(const QByteArray &bytes, ParseStatus *status)
+{
+    HelpData result;
+    *status = ParseStatus();
 
     QXmlStreamReader xml;
     setText(xml, bytes);

@@ -1,4 +1,5 @@
 #include "helpdata.h"
+#include "xmltext.h"
 
 #include <QDebug>
 #include <QSaveFile>
@@ -9,37 +10,44 @@
 
 namespace ZyHelp {
 
-namespace {
-
-// The text without UTF-16 surrogates that are not part of a pair. Such a
-// surrogate cannot be written as XML: Qt 6.11's writer drops it, but Qt 6.4's
-// loses everything written after it (names, text, end tags), so the writer
-// drops it first and both give the same file.
-QString withoutLoneSurrogates(const QString &text)
-{
-    const qsizetype size = text.size();
-    QString result;
-    qsizetype copied = 0; // text before this index is in result
-    for (qsizetype i = 0; i < size; ++i) {
-        const QChar c = text.at(i);
-        if (!c.isSurrogate())
-            continue;
-        if (c.isHighSurrogate() && i + 1 < size && text.at(i + 1).isLowSurrogate()) {
-            ++i; // a pair
-            continue;
-        }
-        result.append(QStringView(text).sliced(copied, i - copied));
-        copied = i + 1;
-    }
-    if (copied == 0)
-        return text;
-    result.append(QStringView(text).sliced(copied));
-    return result;
-}
-
-} // namespace
-
 HelpWriter::HelpWriter() = default;
+
+QByteArray HelpWriter::toXml(const HelpData &data) const
+{
+    QByteArray bytes;
+    QXmlStreamWriter xml(&bytes);
+    xml.setAutoFormatting(true);
+    xml.writeStartDocument();
+
+    xml.writeStartElement(QStringLiteral("zyhelp"));
+    xml.writeAttribute(QStringLiteral("version"), withoutLoneSurrogates(data.version));
+    xml.writeAttribute(QStringLiteral("author"), withoutLoneSurrogates(data.author));
+
+    for (auto it = data.languages.cbegin(), end = data.languages.cend(); it != end; ++it) {
+        xml.writeStartElement(QStringLiteral("lang"));
+        xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(it.key()));
+        xml.writeStartElement(QStringLiteral("description"));
+        writeXmlText(xml, withoutLoneSurrogates(it->description));
+        xml.writeEndElement();
+        for (const HelpSection &section : it->sections) {
+            xml.writeStartElement(QStringLiteral("section"));
+            xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(section.name));
+            writeXmlText(xml, withoutLoneSurrogates(section.content));
+            xml.writeEndElement();
+        }
+        xml.writeEndElement();
+    }
+
+    for (const QString &link : data.links) {
+        xml.writeStartElement(QStringLiteral("link"));
+        xml.writeAttribute(QStringLiteral("page"), withoutLoneSurrogates(link));
+        xml.writeEndElement();
+    }
+
+    xml.writeEndElement();
+    xml.writeEndDocument();
+    return bytes;
+}
 
 bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
 {
@@ -55,37 +63,7 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
         return false;
     }
 
-    QByteArray bytes;
-    QXmlStreamWriter xml(&bytes);
-    xml.setAutoFormatting(true);
-    xml.writeStartDocument();
-
-    xml.writeStartElement(QStringLiteral("zyhelp"));
-    xml.writeAttribute(QStringLiteral("version"), withoutLoneSurrogates(data.version));
-    xml.writeAttribute(QStringLiteral("author"), withoutLoneSurrogates(data.author));
-
-    for (auto it = data.languages.cbegin(), end = data.languages.cend(); it != end; ++it) {
-        xml.writeStartElement(QStringLiteral("lang"));
-        xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(it.key()));
-        xml.writeTextElement(QStringLiteral("description"),
-                            withoutLoneSurrogates(it->description));
-        for (const HelpSection &section : it->sections) {
-            xml.writeStartElement(QStringLiteral("section"));
-            xml.writeAttribute(QStringLiteral("name"), withoutLoneSurrogates(section.name));
-            xml.writeCharacters(withoutLoneSurrogates(section.content));
-            xml.writeEndElement();
-        }
-        xml.writeEndElement();
-    }
-
-    for (const QString &link : data.links) {
-        xml.writeStartElement(QStringLiteral("link"));
-        xml.writeAttribute(QStringLiteral("page"), withoutLoneSurrogates(link));
-        xml.writeEndElement();
-    }
-
-    xml.writeEndElement();
-    xml.writeEndDocument();
+    const QByteArray bytes = toXml(data);
 
     // Written in one go and flushed before the commit: Qt 6.4's QSaveFile
     // commits a file that a size limit or a full disk cut short, but the

@@ -1,12 +1,12 @@
 #include "documentcollector.h"
 #include "pathkey.h"
+#include "projectfile.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QMap>
-#include <QXmlStreamReader>
 
 namespace ZyHelp {
 
@@ -36,36 +36,7 @@ bool readProjectList(const QString &path, QStringList *entries, QString *error)
                      .arg(path, file.errorString());
         return false;
     }
-    QXmlStreamReader xml(&file);
-    QString rootName;
-    int depth = 0;
-    while (!xml.atEnd()) {
-        const QXmlStreamReader::TokenType token = xml.readNext();
-        if (token == QXmlStreamReader::StartElement) {
-            if (++depth == 1)
-                rootName = xml.name().toString();
-            if (depth == 2 && rootName == u"zyproject" && xml.name() == u"file") {
-                entries->append(xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed());
-                --depth; // the end element is read
-            }
-        } else if (token == QXmlStreamReader::EndElement) {
-            --depth;
-        }
-    }
-    if (xml.hasError()) {
-        *error = QStringLiteral("%1:%2:%3: not a project file: %4")
-                     .arg(path)
-                     .arg(xml.lineNumber())
-                     .arg(xml.columnNumber() + 1)
-                     .arg(xml.errorString());
-        return false;
-    }
-    if (rootName != u"zyproject") {
-        *error = QStringLiteral("%1: not a project file: the root element is <%2>, not <zyproject>")
-                     .arg(path, rootName);
-        return false;
-    }
-    return true;
+    return ProjectFileReader::readList(&file, path, entries, error);
 }
 
 Finding projectListFinding(const QString &projectPath, const QString &message)

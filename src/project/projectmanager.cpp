@@ -1,5 +1,6 @@
 #include "projectmanager.h"
 #include "pathkey.h"
+#include "projectfile.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -9,8 +10,6 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QTextStream>
-#include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 
 #include <algorithm>
 
@@ -212,16 +211,7 @@ bool ProjectManager::saveProject()
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
         return false;
 
-    QByteArray bytes;
-    QXmlStreamWriter xml(&bytes);
-    xml.setAutoFormatting(true);
-    xml.writeStartDocument();
-    xml.writeStartElement(QStringLiteral("zyproject"));
-    xml.writeAttribute(QStringLiteral("name"), m_projectName);
-    for (const QString &entry : std::as_const(m_files))
-        xml.writeTextElement(QStringLiteral("file"), entry);
-    xml.writeEndElement();
-    xml.writeEndDocument();
+    const QByteArray bytes = ProjectFileWriter::toXml(m_projectName, m_files);
     // Only the write and the flush report a file cut short, not the commit.
     if (file.write(bytes) != bytes.size() || !file.flush())
         file.cancelWriting();
@@ -339,13 +329,8 @@ bool ProjectManager::openProject(const QString &path)
     m_projectFilePath = path;
     m_rootPath = QFileInfo(path).absolutePath();
 
-    QXmlStreamReader xml(&file);
-    while (!xml.atEnd() && !xml.hasError()) {
-        if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == u"zyproject") {
-            m_projectName = xml.attributes().value(QStringLiteral("name")).toString();
-            break;
-        }
-    }
+    if (const std::optional<QString> name = ProjectFileReader::readName(&file))
+        m_projectName = *name;
     file.close();
 
     registerPathInGlobalConfig();

@@ -194,6 +194,7 @@ QStringList exportCatalog(const QList<DocumentEntry> &documents, const Catalog &
         return QtConcurrent::mapped(documents.mid(first, batchSize), write);
     };
     QFuture<DocumentText> batch = start(0);
+    bool empty = true;
     for (qsizetype first = 0; first < documents.size(); first += batchSize) {
         const QList<DocumentText> texts = batch.results();
         if (first + batchSize < documents.size())
@@ -202,10 +203,11 @@ QStringList exportCatalog(const QList<DocumentEntry> &documents, const Catalog &
             if (!text.error.isEmpty())
                 errors.append(text.error);
             device->write(text.bytes);
+            empty = empty && text.bytes.isEmpty();
         }
     }
     if (format == CatalogFile::Xliff)
-        XliffWriter(device, header.sourceLanguage, header.targetLanguage).finish();
+        XliffWriter(device, header.sourceLanguage, header.targetLanguage).finish(empty);
     return errors;
 }
 

@@ -36,23 +36,6 @@ bool hasNonXmlCharacter(const QString &text)
     return false;
 }
 
-bool sameLanguages(const HelpData &a, const HelpData &b)
-{
-    if (a.languages.keys() != b.languages.keys())
-        return false;
-    for (auto it = a.languages.cbegin(); it != a.languages.cend(); ++it) {
-        const HelpLanguage &other = b.languages.value(it.key());
-        if (it->description != other.description || it->sections.size() != other.sections.size())
-            return false;
-        for (qsizetype i = 0; i < it->sections.size(); ++i) {
-            if (it->sections.at(i).name != other.sections.at(i).name
-                || it->sections.at(i).content != other.sections.at(i).content)
-                return false;
-        }
-    }
-    return true;
-}
-
 QString notPlaced(const QString &catalogPath, const TranslationUnit &unit, bool validId)
 {
     return QStringLiteral("%1:%2: warning: %3: %4; not applied")
@@ -158,7 +141,7 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
         textAt(target, place) = std::move(text);
         modified = true;
     }
-    if (!modified || sameLanguages(data, changed))
+    if (!modified || data.languages == changed.languages)
         return result;
     if (dryRun) {
         result.change = QStringLiteral("would write %1").arg(job.entry->displayPath);

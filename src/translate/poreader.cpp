@@ -158,7 +158,8 @@ bool Parser::string(const QByteArray &text, qsizetype from, QByteArray *out)
             int value = 0;
             int digits = 0;
             while (i + 1 < text.size() && std::isxdigit(uchar(text.at(i + 1)))) {
-                value = value * 16 + QByteArray(1, text.at(++i)).toInt(nullptr, 16);
+                // Any number of digits, of which the last two give the byte.
+                value = (value * 16 + QByteArray(1, text.at(++i)).toInt(nullptr, 16)) & 0xFF;
                 ++digits;
             }
             if (digits == 0)
@@ -481,8 +482,12 @@ bool PoReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
                 // in the same memory: a new block each time would cost page faults.
                 const qsizetype rest = block.size() - start;
                 std::memmove(block.data(), block.constData() + start, size_t(rest));
-                block.resize(rest + blockSize);
-                const qint64 read = device->read(block.data() + rest, blockSize);
+                // A small file gets a block of its size, not a mebibyte.
+                const qint64 size = device->isSequential()
+                    ? blockSize
+                    : std::clamp<qint64>(device->bytesAvailable(), 1, blockSize);
+                block.resize(rest + size);
+                const qint64 read = device->read(block.data() + rest, size);
                 atEnd = read <= 0;
                 block.resize(rest + std::max<qint64>(read, 0));
                 start = 0;

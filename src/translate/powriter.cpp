@@ -102,13 +102,14 @@ QString header(const Catalog &catalog)
         {QStringLiteral("X-Source-Language"), catalog.sourceLanguage},
         {QStringLiteral("X-Generator"), QStringLiteral("zyhelptranslate")},
     };
-    for (const auto &[name, value] : catalog.translatorFields) {
+    // Not a structured binding: clang before 16 cannot capture one in a lambda.
+    for (const std::pair<QString, QString> &field : catalog.translatorFields) {
         const auto known = std::find_if(fields.begin(), fields.end(),
-                                        [&](const auto &f) { return f.first == name; });
+                                        [&](const auto &f) { return f.first == field.first; });
         if (known != fields.end())
-            known->second = value;
+            known->second = field.second;
         else
-            fields.append({name, value});
+            fields.append(field);
     }
     QString text;
     for (const auto &[name, value] : std::as_const(fields))

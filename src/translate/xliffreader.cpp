@@ -36,6 +36,7 @@ bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
     TranslationUnit unit;
     QString document;
     int altDepth = 0; // inside <alt-trans>: suggestions, not the unit's own texts
+    bool inUnit = false;
     while (!xml.atEnd()) {
         const QXmlStreamReader::TokenType token = xml.readNext();
         if (token == QXmlStreamReader::StartDocument) {
@@ -73,6 +74,10 @@ bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
                 haveLanguages = true;
                 document = a.value(QLatin1StringView("original")).toString();
             } else if (name == u"trans-unit") {
+                // One inside another would take the place of the unit being read.
+                if (inUnit)
+                    return fail(QStringLiteral("a <trans-unit> inside another one"));
+                inUnit = true;
                 unit = TranslationUnit();
                 unit.id = xml.attributes().value(QLatin1StringView("id")).toString();
                 unit.document = document;
@@ -90,12 +95,15 @@ bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
                 unit.target = xml.readElementText(QXmlStreamReader::IncludeChildElements);
             }
         } else if (token == QXmlStreamReader::EndElement) {
-            if (altDepth > 0)
+            if (altDepth > 0) {
                 --altDepth;
-            else if (xml.name() == u"trans-unit" && sink)
-                sink(std::move(unit));
-            else if (xml.name() == u"trans-unit")
-                catalog->units.append(unit);
+            } else if (xml.name() == u"trans-unit") {
+                inUnit = false;
+                if (sink)
+                    sink(std::move(unit));
+                else
+                    catalog->units.append(unit);
+            }
         }
     }
     if (xml.hasError())

@@ -1,5 +1,7 @@
 #include "xliffwriter.h"
 
+#include "xmltext.h"
+
 #include <QIODevice>
 #include <QXmlStreamWriter>
 
@@ -129,27 +131,32 @@ void XliffWriter::writeDocumentXml(const QList<TranslationUnit> &units)
         xml.writeAttribute(QStringLiteral("target-language"), m_targetLanguage);
     xml.writeAttribute(QStringLiteral("datatype"), QStringLiteral("plaintext"));
     xml.writeStartElement(QStringLiteral("body"));
+    const auto textElement = [&xml](const QString &name, const QString &content) {
+        xml.writeStartElement(name);
+        writeXmlText(xml, content);
+        xml.writeEndElement();
+    };
     for (const TranslationUnit &unit : units) {
         xml.writeStartElement(QStringLiteral("trans-unit"));
         xml.writeAttribute(QStringLiteral("id"), unit.id);
         // Line breaks and spaces are part of the text.
         xml.writeAttribute(QStringLiteral("xml:space"), QStringLiteral("preserve"));
-        xml.writeTextElement(QStringLiteral("source"), unit.source);
+        textElement(QStringLiteral("source"), unit.source);
         if (!m_targetLanguage.isEmpty() && !unit.target.isEmpty()) {
             xml.writeStartElement(QStringLiteral("target"));
             xml.writeAttribute(QStringLiteral("state"), unit.fuzzy
                                    ? QStringLiteral("needs-adaptation")
                                    : QStringLiteral("translated"));
-            xml.writeCharacters(unit.target);
+            writeXmlText(xml, unit.target);
             xml.writeEndElement();
         }
         if (!unit.note.isEmpty())
-            xml.writeTextElement(QStringLiteral("note"), unit.note);
+            textElement(QStringLiteral("note"), unit.note);
         if (unit.fuzzy && !unit.previousSource.isEmpty() && !unit.target.isEmpty()) {
             xml.writeStartElement(QStringLiteral("alt-trans"));
             xml.writeAttribute(QStringLiteral("alttranstype"), QStringLiteral("previous-version"));
-            xml.writeTextElement(QStringLiteral("source"), unit.previousSource);
-            xml.writeTextElement(QStringLiteral("target"), unit.target);
+            textElement(QStringLiteral("source"), unit.previousSource);
+            textElement(QStringLiteral("target"), unit.target);
             xml.writeEndElement();
         }
         xml.writeEndElement();
@@ -159,8 +166,22 @@ void XliffWriter::writeDocumentXml(const QList<TranslationUnit> &units)
     m_device->write(text.toUtf8());
 }
 
-void XliffWriter::finish()
+void XliffWriter::finish(bool empty)
 {
+    if (empty) {
+        QString text;
+        QXmlStreamWriter xml(&text);
+        xml.writeCharacters(QStringLiteral("\n"));
+        xml.writeStartElement(QStringLiteral("file"));
+        xml.writeAttribute(QStringLiteral("original"), QString());
+        xml.writeAttribute(QStringLiteral("source-language"), m_sourceLanguage);
+        if (!m_targetLanguage.isEmpty())
+            xml.writeAttribute(QStringLiteral("target-language"), m_targetLanguage);
+        xml.writeAttribute(QStringLiteral("datatype"), QStringLiteral("plaintext"));
+        xml.writeEmptyElement(QStringLiteral("body"));
+        xml.writeEndElement();
+        m_device->write(text.toUtf8());
+    }
     m_device->write("\n</xliff>\n");
 }
 
@@ -175,7 +196,7 @@ void XliffWriter::write(const Catalog &catalog)
             first = i;
         }
     }
-    finish();
+    finish(catalog.units.isEmpty());
 }
 
 } // namespace ZyHelp::Translate

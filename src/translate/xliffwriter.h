@@ -18,7 +18,9 @@ public:
     // One document's <file>; units of one document, as documents can be written
     // apart from each other (on several threads) and joined.
     void writeDocument(const QList<TranslationUnit> &units);
-    void finish();
+    // empty: no document had a unit. XLIFF needs a <file> all the same, for the
+    // languages and for the schema, so an empty one is written.
+    void finish(bool empty);
 
     void write(const Catalog &catalog);
 

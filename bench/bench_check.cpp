@@ -57,21 +57,23 @@ void benchCheck()
     double checkMs = 1e300;
     for (int round = 0; round < runs; ++round) {
         parseMs = std::min(parseMs, Bench::bestOfMs(1, [&] {
-            parsedWhole = 0;
-            for (const QString &path : std::as_const(paths)) {
-                ParseStatus status;
-                const HelpData data = parser.parse(path, &status);
-                if (status.outcome == ParseStatus::Complete && !data.languages.isEmpty())
-                    ++parsedWhole;
-            }
-        }));
+                               parsedWhole = 0;
+                               for (const QString &path : std::as_const(paths)) {
+                                   ParseStatus status;
+                                   const HelpData data = parser.parse(path, &status);
+                                   if (status.outcome == ParseStatus::Complete
+                                       && !data.languages.isEmpty())
+                                       ++parsedWhole;
+                               }
+                           }));
         // Everything zyhelpcheck does but printing: find, read, check, format.
         checkMs = std::min(checkMs, Bench::bestOfMs(1, [&] {
-            DocumentCollector collector;
-            collector.addPath(projectFile);
-            result = Check::Checker().check(collector.documents(), collector.findings());
-            report = Check::textReport(result, false);
-        }));
+                               DocumentCollector collector;
+                               collector.addPath(projectFile);
+                               result = Check::Checker().check(collector.documents(),
+                                                               collector.findings());
+                               report = Check::textReport(result, false);
+                           }));
     }
 
     // Both must have done the work they are timed for, and the generated

@@ -82,22 +82,23 @@ void benchDocuments()
     double parseMs = 1e300;
     for (int round = 0; round < runs; ++round) {
         tokenizeMs = std::min(tokenizeMs, Bench::bestOfMs(1, [&] {
-            tokens = 0;
-            for (const QByteArray &bytes : std::as_const(contents))
-                tokens += tokenize(bytes);
-        }));
+                                  tokens = 0;
+                                  for (const QByteArray &bytes : std::as_const(contents))
+                                      tokens += tokenize(bytes);
+                              }));
         parseMs = std::min(parseMs, Bench::bestOfMs(1, [&] {
-            sections = 0;
-            for (const QString &path : std::as_const(paths)) {
-                const HelpData data = parser.parse(path);
-                for (const HelpLanguage &language : data.languages)
-                    sections += language.sections.size();
-            }
-        }));
+                               sections = 0;
+                               for (const QString &path : std::as_const(paths)) {
+                                   const HelpData data = parser.parse(path);
+                                   for (const HelpLanguage &language : data.languages)
+                                       sections += language.sections.size();
+                               }
+                           }));
     }
 
     // Both loops must have done the work they are timed for.
-    const qsizetype expectedSections = qsizetype(documentCount) * Bench::languageKeys().size() * Bench::sectionCount;
+    const qsizetype expectedSections =
+        qsizetype(documentCount) * Bench::languageKeys().size() * Bench::sectionCount;
     if (sections != expectedSections || tokens == 0)
         std::printf("  parse read %lld sections (expected %lld), the floor %lld tokens\n",
                     qlonglong(sections), qlonglong(expectedSections), qlonglong(tokens));
@@ -108,8 +109,10 @@ void benchDocuments()
     Bench::printFigure(QStringLiteral("read all files' bytes"), readMs, QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("tokenize in memory, bare QXmlStreamReader (floor)"),
                        tokenizeMs, QStringLiteral("ms"));
-    Bench::printFigure(QStringLiteral("HelpParser::parse, all files"), parseMs, QStringLiteral("ms"));
-    Bench::printFigure(QStringLiteral("HelpWriter::writeXml, all files"), writeMs, QStringLiteral("ms"));
+    Bench::printFigure(QStringLiteral("HelpParser::parse, all files"), parseMs,
+                       QStringLiteral("ms"));
+    Bench::printFigure(QStringLiteral("HelpWriter::writeXml, all files"), writeMs,
+                       QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("parse / (read + tokenize)"), parseMs / (readMs + tokenizeMs),
                        QStringLiteral("x"));
     Bench::printRatio(QStringLiteral("parse / tokenize floor"), parseMs / tokenizeMs, 1.3);

@@ -14,13 +14,12 @@ namespace {
 
 const int topFolders = 20;
 const int subFoldersPerTop = 49; // 20 + 20 * 49 = 1000 folders
-const int filesPerFolder = 20;   // half of them help documents
+const int filesPerFolder = 20; // half of them help documents
 const int pathFileLines = 100000;
-
 
 // The registration logs a debug line per new entry; the figures should not
 // include printing a thousand lines to the terminal.
-void discardMessages(QtMsgType, const QMessageLogContext &, const QString &) {}
+void discardMessages(QtMsgType, const QMessageLogContext &, const QString &) { }
 
 bool writeFile(const QString &path, const QByteArray &bytes)
 {
@@ -63,25 +62,35 @@ QByteArray makePathFile(const QString &base)
 {
     const QByteArray near = base.toUtf8() + "/projekt";
     static const char *const users[] = {"anna", "bernd", "claudia", "dieter", "eva"};
-    static const char *const projects[] = {"Handbuch", "Übersetzungen", "Kurzanleitung",
-                                           "Größentabellen", "Referenz", "Schulung"};
+    static const char *const projects[] = {"Handbuch",       "Übersetzungen", "Kurzanleitung",
+                                           "Größentabellen", "Referenz",      "Schulung"};
     static const char *const sections[] = {"kapitel", "bilder", "anhang", "glossar", "beispiele"};
     QByteArray bytes;
     bytes.reserve(pathFileLines * 64);
     for (int i = 0; i < pathFileLines; ++i) {
-        QByteArray line = i % 4 == 3
-            ? near + QByteArray::number(i / 40 % 100) + '/' + sections[i / 7 % 5]
-                + QByteArray::number(i % 97)
-            : QByteArray("/home/") + users[i % 5] + "/Projekte/" + projects[i / 5 % 6]
-                + QByteArray::number(i / 30 % 200) + '/' + sections[i / 7 % 5]
+        QByteArray line = i % 4 == 3 ? near + QByteArray::number(i / 40 % 100) + '/'
+                + sections[i / 7 % 5] + QByteArray::number(i % 97)
+                                     : QByteArray("/home/") + users[i % 5] + "/Projekte/"
+                + projects[i / 5 % 6] + QByteArray::number(i / 30 % 200) + '/' + sections[i / 7 % 5]
                 + QByteArray::number(i % 97) + "/teil" + QByteArray::number(i);
         switch (i % 100) {
-        case 10: line = line.toUpper(); break;
-        case 20: line += '/'; break;
-        case 30: line = "  " + line + '\t'; break;
-        case 40: line.replace("/Projekte/", "/Projekte/./"); break;
-        case 50: line.clear(); break;
-        default: break;
+        case 10:
+            line = line.toUpper();
+            break;
+        case 20:
+            line += '/';
+            break;
+        case 30:
+            line = "  " + line + '\t';
+            break;
+        case 40:
+            line.replace("/Projekte/", "/Projekte/./");
+            break;
+        case 50:
+            line.clear();
+            break;
+        default:
+            break;
         }
         bytes += line + '\n';
     }
@@ -143,12 +152,12 @@ void benchProject()
         }
     });
     const double refreshMs = Bench::bestOfMs(7, [&] { docProject.refreshFileList(); });
-    Bench::printFigure(QStringLiteral("bare QDirIterator walk, 1000 folders, %1 of 20000 files")
-                           .arg(walked),
-                       walkMs, QStringLiteral("ms"));
-    Bench::printFigure(QStringLiteral("refreshFileList, same tree (%1 entries)")
-                           .arg(docProject.files().size()),
-                       refreshMs, QStringLiteral("ms"));
+    Bench::printFigure(
+        QStringLiteral("bare QDirIterator walk, 1000 folders, %1 of 20000 files").arg(walked),
+        walkMs, QStringLiteral("ms"));
+    Bench::printFigure(
+        QStringLiteral("refreshFileList, same tree (%1 entries)").arg(docProject.files().size()),
+        refreshMs, QStringLiteral("ms"));
     Bench::printRatio(QStringLiteral("refreshFileList / bare walk"), refreshMs / walkMs, 1.3);
 
     // Registration: a root with 1000 subfolders against a long global path list.
@@ -179,9 +188,9 @@ void benchProject()
     const double againMs = Bench::bestOfMs(9, [&] { regProject.registerPathInGlobalConfig(); });
     const int linesAfterAgain = readPathFile(pathFile.path());
 
-    Bench::printFigure(QStringLiteral("read \"Path\" file of %1 lines (QTextStream)")
-                           .arg(pathFileLines),
-                       readMs, QStringLiteral("ms"));
+    Bench::printFigure(
+        QStringLiteral("read \"Path\" file of %1 lines (QTextStream)").arg(pathFileLines), readMs,
+        QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("bare QDirIterator walk of its 1000 subfolders"), regWalkMs,
                        QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("registerPathInGlobalConfig, 1000 subfolders, +%1 lines")

@@ -22,7 +22,6 @@ using namespace ZyHelp::Publish;
 
 namespace {
 
-
 // Peak resident memory of the program publishing the project, in MiB: run as
 // a child of its own, so that nothing of this process counts.
 double publishPeakMiB(const QString &project, const QString &out)
@@ -93,16 +92,18 @@ void benchSize(const QTemporaryDir &dir, int documentCount, int runs)
         const QString floorDir = dir.filePath(sizeFolder + QStringLiteral("floor%1").arg(round));
         ::sync();
         cpuSeconds(publishCpu, [&] {
-            publishMs = std::min(publishMs, Bench::bestOfMs(1, [&] {
-                status = Publisher(options, QStringLiteral("Projekt")).publish(documents);
-            }));
+            publishMs =
+                std::min(publishMs, Bench::bestOfMs(1, [&] {
+                             status =
+                                 Publisher(options, QStringLiteral("Projekt")).publish(documents);
+                         }));
         });
         if (round == 0) {
             QDirIterator it(options.out, QDir::Files, QDirIterator::Subdirectories);
             while (it.hasNext()) {
                 it.next();
-                outFiles.append({QDir(options.out).relativeFilePath(it.filePath()),
-                                 it.fileInfo().size()});
+                outFiles.append(
+                    {QDir(options.out).relativeFilePath(it.filePath()), it.fileInfo().size()});
                 outBytes += outFiles.last().second;
             }
             std::sort(outFiles.begin(), outFiles.end());
@@ -110,37 +111,39 @@ void benchSize(const QTemporaryDir &dir, int documentCount, int runs)
         // The same files in the same folders as the site: the file system's
         // work of creating them depends on the folders.
         ::sync();
-        cpuSeconds(floorCpu, [&] { floorMs = std::min(floorMs, Bench::bestOfMs(1, [&] {
-            HelpParser parser;
-            for (const QString &path : std::as_const(paths)) {
-                ParseStatus parsed;
-                parser.parse(path, &parsed);
-            }
-            qint64 largest = 0;
-            for (const auto &file : std::as_const(outFiles))
-                largest = std::max(largest, file.second);
-            const QByteArray bytes(largest, 'x');
-            QString madeFolder;
-            for (const auto &[relative, size] : std::as_const(outFiles)) {
-                const QString path = floorDir + u'/' + relative;
-                const QString folder = path.left(path.lastIndexOf(u'/'));
-                if (folder != madeFolder) {
-                    QDir().mkpath(folder);
-                    madeFolder = folder;
-                }
-                QFile file(path);
-                if (file.open(QIODevice::WriteOnly))
-                    file.write(bytes.constData(), size);
-            }
-        })); });
+        cpuSeconds(floorCpu, [&] {
+            floorMs = std::min(floorMs, Bench::bestOfMs(1, [&] {
+                                   HelpParser parser;
+                                   for (const QString &path : std::as_const(paths)) {
+                                       ParseStatus parsed;
+                                       parser.parse(path, &parsed);
+                                   }
+                                   qint64 largest = 0;
+                                   for (const auto &file : std::as_const(outFiles))
+                                       largest = std::max(largest, file.second);
+                                   const QByteArray bytes(largest, 'x');
+                                   QString madeFolder;
+                                   for (const auto &[relative, size] : std::as_const(outFiles)) {
+                                       const QString path = floorDir + u'/' + relative;
+                                       const QString folder = path.left(path.lastIndexOf(u'/'));
+                                       if (folder != madeFolder) {
+                                           QDir().mkpath(folder);
+                                           madeFolder = folder;
+                                       }
+                                       QFile file(path);
+                                       if (file.open(QIODevice::WriteOnly))
+                                           file.write(bytes.constData(), size);
+                                   }
+                               }));
+        });
     }
     const double peakMiB = publishPeakMiB(root, dir.filePath(sizeFolder + QStringLiteral("child")));
 
     std::printf("  %d documents in %d folders, %lld files of %.1f MiB written, %d threads, "
                 "best of %d%s\n",
                 documentCount, documentCount / Bench::documentsPerFolder,
-                qlonglong(outFiles.size()),
-                outBytes / 1048576.0, QThreadPool::globalInstance()->maxThreadCount(), runs,
+                qlonglong(outFiles.size()), outBytes / 1048576.0,
+                QThreadPool::globalInstance()->maxThreadCount(), runs,
                 status == 0 ? "" : " (PUBLISH FAILED)");
     Bench::printFigure(QStringLiteral("publish the HTML site"), publishMs, QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("one-thread parse + QFile write of the same bytes"), floorMs,

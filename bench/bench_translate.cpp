@@ -21,7 +21,6 @@ using namespace ZyHelp::Translate;
 
 namespace {
 
-
 bool exportProject(const QString &root, const QString &file)
 {
     DocumentCollector collector;
@@ -53,10 +52,10 @@ qsizetype importPo(const QString &root, const QString &file, qsizetype *written)
 double programPeakMiB(const QStringList &arguments)
 {
     QProcess process;
-    process.start(QStringLiteral("/usr/bin/time"),
-                  QStringList{QStringLiteral("-f"), QStringLiteral("%M"),
-                              QStringLiteral(ZY_TRANSLATE_BINARY)}
-                      + arguments);
+    process.start(
+        QStringLiteral("/usr/bin/time"),
+        QStringList{QStringLiteral("-f"), QStringLiteral("%M"), QStringLiteral(ZY_TRANSLATE_BINARY)}
+            + arguments);
     if (!process.waitForFinished(600000) || process.exitCode() != 0)
         return -1;
     const QList<QByteArray> lines = process.readAllStandardError().trimmed().split('\n');
@@ -82,20 +81,20 @@ void benchProjectOf(int count, int runs)
     qsizetype applied = 0, written = 0;
     for (int round = 0; round < runs; ++round) {
         parseMs = std::min(parseMs, Bench::bestOfMs(1, [&] {
-            HelpParser parser;
-            for (const QString &path : paths) {
-                ParseStatus status;
-                ok = !parser.parse(path, &status).languages.isEmpty() && ok;
-            }
-        }));
+                               HelpParser parser;
+                               for (const QString &path : paths) {
+                                   ParseStatus status;
+                                   ok = !parser.parse(path, &status).languages.isEmpty() && ok;
+                               }
+                           }));
         QFile::remove(po);
         QFile::remove(xliff);
         exportMs =
             std::min(exportMs, Bench::bestOfMs(1, [&] { ok = exportProject(root, po) && ok; }));
         exportXliffMs = std::min(
             exportXliffMs, Bench::bestOfMs(1, [&] { ok = exportProject(root, xliff) && ok; }));
-        importMs = std::min(importMs,
-                            Bench::bestOfMs(1, [&] { applied = importPo(root, po, &written); }));
+        importMs =
+            std::min(importMs, Bench::bestOfMs(1, [&] { applied = importPo(root, po, &written); }));
     }
     // Every unit of the export matches its document: nothing is written.
     if (!ok || applied != qsizetype(count) * (1 + 2 * Bench::sectionCount) || written != 0)
@@ -114,9 +113,14 @@ void benchProjectOf(int count, int runs)
                        QStringLiteral("ms"));
     Bench::printRatio(QStringLiteral("import / one-thread parse"), importMs / parseMs, 1.0);
     const double projectMiB = projectBytes / 1048576.0;
-    const QStringList exportArguments{QStringLiteral("export"), QStringLiteral("--source"),
-                                      QStringLiteral("de"), QStringLiteral("--target"),
-                                      QStringLiteral("en"), QStringLiteral("-o"), po, root};
+    const QStringList exportArguments{QStringLiteral("export"),
+                                      QStringLiteral("--source"),
+                                      QStringLiteral("de"),
+                                      QStringLiteral("--target"),
+                                      QStringLiteral("en"),
+                                      QStringLiteral("-o"),
+                                      po,
+                                      root};
     QFile::remove(po);
     const double exportPeak = programPeakMiB(exportArguments);
     // With the file of that export there: merged with it, which is held whole.

@@ -62,13 +62,13 @@ ZyHelp::HelpData sampleDocument(int index, int documentCount)
         ZyHelp::HelpLanguage &language = data.languages[key];
         language.description = QStringLiteral("Hilfeseite %1 (%2)").arg(index).arg(key);
         for (int s = 0; s < sectionCount; ++s)
-            language.sections.append(ZyHelp::HelpSection{QStringLiteral("Schritt %1").arg(s), sectionText(index, s)});
+            language.sections.append(
+                ZyHelp::HelpSection{QStringLiteral("Schritt %1").arg(s), sectionText(index, s)});
     }
     for (int l = 0; l < index % 4; ++l)
         data.links.append(QStringLiteral("seite%1").arg((index + l + 1) % documentCount));
     return data;
 }
-
 
 double bestOfMs(int runs, const std::function<void()> &fn)
 {

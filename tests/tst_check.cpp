@@ -43,28 +43,38 @@ private slots:
         QTest::addColumn<int>("exitCode");
         QTest::addColumn<QByteArray>("out");
         QTest::addColumn<QByteArray>("err");
-        const QByteArray draft = "warnings/entwurf.zyhelp: warning: language 'de': the description "
-                                 "is still the placeholder \"...\" [placeholder]\n1 document, 0 errors, 1 warning\n";
-        const auto row = [](const char *name, const char *arguments, int exitCode, const QByteArray &out,
-                            const QByteArray &err = QByteArray()) {
+        const QByteArray draft =
+            "warnings/entwurf.zyhelp: warning: language 'de': the description "
+            "is still the placeholder \"...\" [placeholder]\n1 document, 0 errors, 1 warning\n";
+        const auto row = [](const char *name, const char *arguments, int exitCode,
+                            const QByteArray &out, const QByteArray &err = QByteArray()) {
             QTest::newRow(name) << QString::fromUtf8(arguments) << exitCode << out << err;
         };
-        row("every finding", "project/handbuch.zyproject", 1, Test::readFile(ZY_CHECK_DATA "/expected.txt"));
-        row("quiet, all twice", "--quiet project/gesperrt.zyhelp project/kapitel/../start.zyhelp "
-            "project/handbuch.zyproject ./project/handbuch.zyproject verknuepft", 1, "6 documents, 3 errors, 6 warnings\n");
+        row("every finding", "project/handbuch.zyproject", 1,
+            Test::readFile(ZY_CHECK_DATA "/expected.txt"));
+        row("quiet, all twice",
+            "--quiet project/gesperrt.zyhelp project/kapitel/../start.zyhelp "
+            "project/handbuch.zyproject ./project/handbuch.zyproject verknuepft",
+            1, "6 documents, 3 errors, 6 warnings\n");
         row("clean, twice", "clean/ ./clean/seite.zyhelp", 0, "1 document, 0 errors, 0 warnings\n");
         row("no documents", "notxml", 0, "0 documents, 0 errors, 0 warnings\n");
         row("warnings", "warnings", 0, draft);
-        row("a tie", "tie", 0, "tie/a.zyhelp: warning: language 'en' has 1 section, the reference language 'de' has 2 sections [section-count]\n"
-                               "1 document, 0 errors, 1 warning\n");
+        row("a tie", "tie", 0,
+            "tie/a.zyhelp: warning: language 'en' has 1 section, the reference language 'de' has 2 "
+            "sections [section-count]\n"
+            "1 document, 0 errors, 1 warning\n");
         row("warnings, strict", "--strict warnings", 1, draft);
-        row("languages", "--languages de,\tfr clean", 1, "clean/seite.zyhelp: error: language 'fr' is "
-            "missing; --languages requires it [missing-language]\n1 document, 1 error, 0 warnings\n");
+        row("languages", "--languages de,\tfr clean", 1,
+            "clean/seite.zyhelp: error: language 'fr' is "
+            "missing; --languages requires it [missing-language]\n1 document, 1 error, 0 "
+            "warnings\n");
         row("missing path", "clean fehlt", 2, "", "zyhelpcheck: fehlt: no such file or folder\n");
         row("format", "--format x", 2, "", "zyhelpcheck: --format must be text or json, not 'x'\n");
         row("editor version", "zyhelpeditor --version", 0, "zyhelpeditor 1.0.0\n");
-        row("editor, two projects", "zyhelpeditor a b", 1, "", "zyhelpeditor: Es kann nur eine Projektdatei angegeben werden.\n");
-        row("not XML", "notxml/notxml.zyproject", 2, "", "zyhelpcheck: notxml/notxml.zyproject:4:1: "
+        row("editor, two projects", "zyhelpeditor a b", 1, "",
+            "zyhelpeditor: Es kann nur eine Projektdatei angegeben werden.\n");
+        row("not XML", "notxml/notxml.zyproject", 2, "",
+            "zyhelpcheck: notxml/notxml.zyproject:4:1: "
             "not a project file: Premature end of document.\n");
     }
     void run()
@@ -85,10 +95,12 @@ private slots:
 
     void help() // the programs' own descriptions of themselves, their options and arguments
     {
-        const QByteArray out = std::get<1>(check("--help")), editor = std::get<1>(check("zyhelpeditor --help"));
+        const QByteArray out = std::get<1>(check("--help")),
+                         editor = std::get<1>(check("zyhelpeditor --help"));
         QCOMPARE(out.mid(out.indexOf("  --format")), Test::readFile(ZY_CHECK_DATA "/help.txt"));
         QVERIFY(editor.contains("]\nEditor für mehrsprachige Hilfedokumente (ZY Help Editor).\n")
-                && editor.contains("  projekt        Projektdatei (.zyproject), die beim Start geöffnet wird.\n"));
+                && editor.contains(
+                    "  projekt        Projektdatei (.zyproject), die beim Start geöffnet wird.\n"));
     }
 };
 

@@ -38,8 +38,8 @@ private slots:
     {
         m_dir.emplace();
         m_root = QDir(m_dir->path()).canonicalPath();
-        for (const char *name : {"b.zyhelp", "Z.zyhelp", "a/x.zyhelp", "a2.zyhelp", "ALT.ZYHELP", "n.zyhelp.bak",
-                                 "n.txt", ".hidden/h.zyhelp", "a/b/c/d.zyhelp"})
+        for (const char *name : {"b.zyhelp", "Z.zyhelp", "a/x.zyhelp", "a2.zyhelp", "ALT.ZYHELP",
+                                 "n.zyhelp.bak", "n.txt", ".hidden/h.zyhelp", "a/b/c/d.zyhelp"})
             Test::writeFile(m_root + u'/' + name, "");
     }
 
@@ -56,11 +56,13 @@ private slots:
         QVERIFY(!QFile::exists(file));
         QCOMPARE(pm.files().mid(5), QStringList({"b.zyhelp", "new.zyhelp", "./b.zyhelp"}));
         pm.removeFileFromProject(m_root + "/ALT.ZYHELP", true);
-        pm.removeFileFromProject(m_root + "/n.txt", true); // not listed: saved and deleted all the same
+        pm.removeFileFromProject(m_root + "/n.txt",
+                                 true); // not listed: saved and deleted all the same
         QVERIFY(!QFile::exists(m_root + "/ALT.ZYHELP") && !QFile::exists(m_root + "/n.txt"));
         QVERIFY(Test::readFile(file).contains("\">\n    <file>Z.zyhelp</file>"));
         QVERIFY(!pm.createProject(m_root, "missing/P")); // the state changed all the same
-        QCOMPARE(pm.projectName() + pm.files().join(u','), "missing/PZ.zyhelp,a/b/c/d.zyhelp,a/x.zyhelp,a2.zyhelp,b.zyhelp");
+        QCOMPARE(pm.projectName() + pm.files().join(u','),
+                 "missing/PZ.zyhelp,a/b/c/d.zyhelp,a/x.zyhelp,a2.zyhelp,b.zyhelp");
         // A carriage return written as it is would read back as a line end.
         Test::writeFile(m_root + "/c\r.zyhelp", "");
         QVERIFY(pm.createProject(m_root, "P"));
@@ -80,7 +82,8 @@ private slots:
         QTest::addColumn<QString>("known"); // lines in "Path" before
         QTest::addColumn<QStringList>("appended");
         QTest::newRow("none") << "" << QStringList({"", "/a", "/a/b", "/a/b/c"});
-        QTest::newRow("spelled otherwise") << "  ROOT/  \n\n   \nROOT/./A/B\n" << QStringList({"/a", "/a/b/c"});
+        QTest::newRow("spelled otherwise") << "  ROOT/  \n\n   \nROOT/./A/B\n"
+                                           << QStringList({"/a", "/a/b/c"});
         QTest::newRow("no final line end") << "ROOT/a/B/c" << QStringList({"", "/a", "/a/b"});
     }
     void registers()
@@ -91,12 +94,16 @@ private slots:
         const QByteArray before = known.replace("ROOT", m_root).toUtf8();
         Test::writeFile(pathList(), before);
         for (const QString &folder : appended)
-            QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^Registriere Unterordner: \"" + m_root + "(" + folder + "|/A)\"$"));
+            QTest::ignoreMessage(QtDebugMsg,
+                                 QRegularExpression("^Registriere Unterordner: \"" + m_root + "("
+                                                    + folder + "|/A)\"$"));
         ProjectManager pm;
         QVERIFY(pm.createProject(m_root, "P"));
         const QByteArray after = Test::readFile(pathList());
-        QStringList lines = QString(after.mid(before.size())).replace(m_root + "/A", m_root + "/a").split(u'\n');
-        QCOMPARE(after.left(before.size()) + lines.takeLast().toUtf8() + lines.value(0).toUtf8(), before + m_root + appended.value(0));
+        QStringList lines =
+            QString(after.mid(before.size())).replace(m_root + "/A", m_root + "/a").split(u'\n');
+        QCOMPARE(after.left(before.size()) + lines.takeLast().toUtf8() + lines.value(0).toUtf8(),
+                 before + m_root + appended.value(0));
         lines.sort();
         QCOMPARE(lines.join(u'|'), (m_root + appended.join(u'|' + m_root)));
         pm.registerPathInGlobalConfig(); // nothing new, where the last line was whole
@@ -107,23 +114,31 @@ private slots:
     // on paths made of the pieces that cleaning or folding treats specially.
     void pathHelpersMatchQDir()
     {
-        const QStringList candidates{"/srv/Hilfe", "/srv/Hilfe/a", "/srv/Hilfe/A/b.c", "/srv/Hilfe/\u00DF", "/srv/Hilfe/a"};
+        const QStringList candidates{"/srv/Hilfe", "/srv/Hilfe/a", "/srv/Hilfe/A/b.c",
+                                     "/srv/Hilfe/\u00DF", "/srv/Hilfe/a"};
         const Internal::CandidateSet set(candidates);
         const QStringList roots{"/srv/Hilfe", "/srv/Hilfe/", "srv/Hilfe", "/srv/./Hilfe"};
-        const QStringList pieces{"/", "a", "z", "\u00E4", ".", "..", "/..", "\\", ":", "SS", "\u00DF", "\U00010428",
-                                 QChar(0xD801), QChar(0xDC28)}; // a letter outside the BMP, and its halves alone
+        const QStringList pieces{
+            "/", "a",  "z",      "\u00E4",     ".",           "..",         "/..", "\\",
+            ":", "SS", "\u00DF", "\U00010428", QChar(0xD801), QChar(0xDC28)}; // a letter outside
+                                                                              // the BMP, and its
+                                                                              // halves alone
         for (const QString &tail : combinations(pieces, 4)) {
-            for (const QString &path : {tail, "/srv/Hilfe" + tail, "/srv/hilf" + tail, "/srv" + tail + "Hilfe/a"}) {
+            for (const QString &path :
+                 {tail, "/srv/Hilfe" + tail, "/srv/hilf" + tail, "/srv" + tail + "Hilfe/a"}) {
                 const QString clean = QDir::cleanPath(path);
                 QCOMPARE(Internal::cleanPath(path), clean);
                 QCOMPARE(Internal::cleanCaseKey(path), Internal::caseKey(clean));
-                QCOMPARE(Internal::caseKey(tail) == Internal::caseKey(tail.toUpper()), QString::compare(tail, tail.toUpper(), Qt::CaseInsensitive) == 0);
+                QCOMPARE(Internal::caseKey(tail) == Internal::caseKey(tail.toUpper()),
+                         QString::compare(tail, tail.toUpper(), Qt::CaseInsensitive) == 0);
                 qsizetype first = candidates.size() - 1;
-                while (first >= 0 && QString::compare(candidates.at(first), clean, Qt::CaseInsensitive) != 0)
+                while (first >= 0
+                       && QString::compare(candidates.at(first), clean, Qt::CaseInsensitive) != 0)
                     --first;
                 QCOMPARE(set.indexOf(path), first < 0 ? -1 : set.firstEqual(first));
                 for (const QString &root : roots)
-                    QCOMPARE(Internal::RelativePaths(root).relativeFilePath(path), QDir(root).relativeFilePath(path));
+                    QCOMPARE(Internal::RelativePaths(root).relativeFilePath(path),
+                             QDir(root).relativeFilePath(path));
             }
         }
         QCOMPARE(set.firstEqual(4), 1);

@@ -65,7 +65,8 @@ QSet<QString> TestPublish::modes(const QString &folder)
     for (QString path = folder; !path.isEmpty(); path = it.hasNext() ? it.next() : QString()) {
         struct stat status;
         if (::stat(QFile::encodeName(path).constData(), &status) == 0)
-            found.insert(QStringLiteral("%1 %2").arg(S_ISDIR(status.st_mode) ? "d" : "f")
+            found.insert(QStringLiteral("%1 %2")
+                             .arg(S_ISDIR(status.st_mode) ? "d" : "f")
                              .arg(status.st_mode & 0777, 0, 8));
     }
     return found;
@@ -104,8 +105,9 @@ void TestPublish::site()
     const QString out = m_dir.filePath(QStringLiteral("site"));
     QByteArray errors;
     QCOMPARE(publish({QStringLiteral("-o"), out, m_data + QStringLiteral("/site")}, &errors), 0);
-    QCOMPARE(errors, QByteArray(ZY_PUBLISH_DATA "/site/start.zyhelp: warning: link 'fehlt' names "
-                                "no document of this check [dangling-link]\n"));
+    QCOMPARE(errors,
+             QByteArray(ZY_PUBLISH_DATA "/site/start.zyhelp: warning: link 'fehlt' names "
+                                        "no document of this check [dangling-link]\n"));
 
     // The pages that show escaping, paragraphs, links, fallback and tree, byte for byte.
     const QString expected = m_data + QStringLiteral("/expected/");
@@ -134,10 +136,9 @@ void TestPublish::site()
     for (const QString &page : std::as_const(pages)) {
         QByteArray output;
         // 1: warnings only (tidy calls aria-current proprietary); 2: errors.
-        const int status =
-            tool(QStringLiteral("tidy"), {QStringLiteral("-e"), QStringLiteral("-q"), page}, &output);
-        QVERIFY2(status == 0 || status == 1,
-                 qPrintable(page + u'\n' + QString::fromUtf8(output)));
+        const int status = tool(QStringLiteral("tidy"),
+                                {QStringLiteral("-e"), QStringLiteral("-q"), page}, &output);
+        QVERIFY2(status == 0 || status == 1, qPrintable(page + u'\n' + QString::fromUtf8(output)));
     }
 
     // linkchecker's anchor check is a plugin, switched on in its configuration.
@@ -156,17 +157,17 @@ void TestPublish::site()
         chromium = QStringLiteral("/usr/lib/chromium/chromium-headless-shell");
     QUrl search = QUrl::fromLocalFile(out + QStringLiteral("/de/search.html"));
     search.setQuery(QStringLiteral("q=ZEBRA"));
-    QVERIFY(tool(chromium,
-                 {QStringLiteral("--no-sandbox"), QStringLiteral("--disable-gpu"),
-                  QStringLiteral("--no-first-run"),
-                  QStringLiteral("--disable-background-networking"),
-                  QStringLiteral("--disable-component-update"), QStringLiteral("--disable-sync"),
-                  QStringLiteral("--disable-dev-shm-usage"),
-                  QStringLiteral("--user-data-dir=") + m_dir.filePath(QStringLiteral("chromium")),
-                  QStringLiteral("--virtual-time-budget=5000"), QStringLiteral("--dump-dom"),
-                  search.toString(QUrl::FullyEncoded)},
-                 &output)
-            == 0);
+    QVERIFY(
+        tool(chromium,
+             {QStringLiteral("--no-sandbox"), QStringLiteral("--disable-gpu"),
+              QStringLiteral("--no-first-run"), QStringLiteral("--disable-background-networking"),
+              QStringLiteral("--disable-component-update"), QStringLiteral("--disable-sync"),
+              QStringLiteral("--disable-dev-shm-usage"),
+              QStringLiteral("--user-data-dir=") + m_dir.filePath(QStringLiteral("chromium")),
+              QStringLiteral("--virtual-time-budget=5000"), QStringLiteral("--dump-dom"),
+              search.toString(QUrl::FullyEncoded)},
+             &output)
+        == 0);
     const QString dom = QString::fromUtf8(output);
     QVERIFY2(dom.contains(u"<li><a href=\"start.html\">start</a></li>"), qPrintable(dom));
     QVERIFY(dom.contains(u"Treffer: 1"));
@@ -184,8 +185,8 @@ void TestPublish::qtHelp()
                  0);
     }
     const QMap<QString, QByteArray> files = tree(out);
-    QCOMPARE(files.keys(), QStringList({QStringLiteral("site_de.qch"),
-                                        QStringLiteral("site_en.qch")}));
+    QCOMPARE(files.keys(),
+             QStringList({QStringLiteral("site_de.qch"), QStringLiteral("site_en.qch")}));
     QCOMPARE(tree(again), files);
 
     const QStringList links{QStringLiteral("start"), QStringLiteral("kapitel/Über Straße"),
@@ -218,8 +219,8 @@ void TestPublish::badInput_data()
 
     const QString site = QStringLiteral(ZY_PUBLISH_DATA "/site");
     QTest::newRow("OUT is a file")
-        << QStringList{QStringLiteral("-o"), QStringLiteral("FILE"), site}
-        << 1 << "exists and is no folder" << false;
+        << QStringList{QStringLiteral("-o"), QStringLiteral("FILE"), site} << 1
+        << "exists and is no folder" << false;
     QTest::newRow("OUT cannot be written")
         << QStringList{QStringLiteral("-o"), QStringLiteral("/proc/zyhelp"), site} << 1
         << "cannot write beside it" << false;
@@ -229,12 +230,11 @@ void TestPublish::badInput_data()
     QTest::newRow("fallback nobody has")
         << QStringList{QStringLiteral("--fallback"), QStringLiteral("fr"), site} << 2
         << "--fallback: no document has the language 'fr'" << false;
-    QTest::newRow("bad format")
-        << QStringList{QStringLiteral("--format"), QStringLiteral("pdf"), site}
-        << 2 << "--format must be html or qthelp" << false;
-    QTest::newRow("page names collide")
-        << QStringList{QStringLiteral("CASES")} << 1
-        << "its page 'b.html' collides with that of" << false;
+    QTest::newRow("bad format") << QStringList{QStringLiteral("--format"), QStringLiteral("pdf"),
+                                               site}
+                                << 2 << "--format must be html or qthelp" << false;
+    QTest::newRow("page names collide") << QStringList{QStringLiteral("CASES")} << 1
+                                        << "its page 'b.html' collides with that of" << false;
     QTest::newRow("OUT's folder missing")
         << QStringList{QStringLiteral("-o"), QStringLiteral("FILE/none/out"), site} << 1
         << "no such folder" << false;
@@ -248,8 +248,8 @@ void TestPublish::badInput_data()
                        QStringLiteral("--qhelpgenerator"), QStringLiteral("/nonexistent"), site}
         << 1 << "/nonexistent: not an executable program" << false;
     QTest::newRow("faulty document")
-        << QStringList{QStringLiteral(ZY_PUBLISH_DATA "/faulty.zyhelp")}
-        << 1 << "faulty.zyhelp:8:48: error: faulty XML" << true;
+        << QStringList{QStringLiteral(ZY_PUBLISH_DATA "/faulty.zyhelp")} << 1
+        << "faulty.zyhelp:8:48: error: faulty XML" << true;
 }
 
 void TestPublish::badInput()
@@ -286,16 +286,23 @@ void TestPublish::paragraphs_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("html");
 
-    QTest::newRow("one line") << "a" << "<p>a</p>\n";
-    QTest::newRow("line break") << "a\nb" << "<p>a<br>\nb</p>\n";
-    QTest::newRow("blank line") << "a\n\nb" << "<p>a</p>\n<p>b</p>\n";
-    QTest::newRow("blank line of spaces, CR LF")
-        << "a\r\n  \t\r\nb\r\n" << "<p>a</p>\n<p>b</p>\n";
-    QTest::newRow("several blank lines") << "\n\na\n\n\n\nb\n\n" << "<p>a</p>\n<p>b</p>\n";
-    QTest::newRow("empty") << "" << "";
+    QTest::newRow("one line") << "a"
+                              << "<p>a</p>\n";
+    QTest::newRow("line break") << "a\nb"
+                                << "<p>a<br>\nb</p>\n";
+    QTest::newRow("blank line") << "a\n\nb"
+                                << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("blank line of spaces, CR LF") << "a\r\n  \t\r\nb\r\n"
+                                                 << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("several blank lines") << "\n\na\n\n\n\nb\n\n"
+                                         << "<p>a</p>\n<p>b</p>\n";
+    QTest::newRow("empty") << ""
+                           << "";
     QTest::newRow("markup") << "<a href='x'>&amp;</a>"
                             << "<p>&lt;a href=&#39;x&#39;&gt;&amp;amp;&lt;/a&gt;</p>\n";
-    QTest::newRow("control character") << "a\x01" "b" << "<p>a\uFFFDb</p>\n";
+    QTest::newRow("control character") << "a\x01"
+                                          "b"
+                                       << "<p>a\uFFFDb</p>\n";
 }
 
 void TestPublish::paragraphs()
@@ -311,11 +318,10 @@ void TestPublish::siteModel()
     const auto entry = [](const QString &relative) {
         return DocumentEntry{relative, relative, relative};
     };
-    const ZyHelp::Publish::SiteModel model({entry(QStringLiteral("z.zyhelp")),
-                                            entry(QStringLiteral("b/b/x.zyhelp")),
-                                            entry(QStringLiteral("a/Ä 100%#?.zyhelp")),
-                                            entry(QStringLiteral("a/ä 100%#?.ZYHELP")),
-                                            entry(QStringLiteral("b/a.zyhelp"))});
+    const ZyHelp::Publish::SiteModel model(
+        {entry(QStringLiteral("z.zyhelp")), entry(QStringLiteral("b/b/x.zyhelp")),
+         entry(QStringLiteral("a/Ä 100%#?.zyhelp")), entry(QStringLiteral("a/ä 100%#?.ZYHELP")),
+         entry(QStringLiteral("b/a.zyhelp"))});
     // Contents order: a folder's subfolders, then its pages; by name.
     QCOMPARE(model.order(), QList<int>({2, 3, 1, 4, 0}));
     QCOMPARE(model.position(4), 3);
@@ -337,16 +343,15 @@ void TestPublish::folderTree()
         entries.append(DocumentEntry{QString::fromUtf8(path), QString::fromUtf8(path),
                                      QString::fromUtf8(path)});
     const ZyHelp::Publish::SiteModel model(entries);
-    const ZyHelp::Publish::HtmlPageWriter writer(model, QStringLiteral("P"),
-                                                 {QStringLiteral("de")},
+    const ZyHelp::Publish::HtmlPageWriter writer(model, QStringLiteral("P"), {QStringLiteral("de")},
                                                  ZyHelp::Publish::HtmlPageWriter::Site);
     const QByteArray mark = " aria-current=\"page\"";
     QMap<int, QByteArray> unmarkedByFolder;
     for (int document = 0; document < int(model.pageCount()); ++document) {
         const int folder = model.folderOf(document);
         const QString de = QStringLiteral("de");
-        const QByteArray page = writer.documentPage(document, de, de, "BODY", {},
-                                                    writer.folderTree(folder, de));
+        const QByteArray page =
+            writer.documentPage(document, de, de, "BODY", {}, writer.folderTree(folder, de));
         const QByteArray contents = page.mid(page.indexOf("<nav class=\"contents\""));
         const QByteArray nav = contents.left(contents.indexOf("</nav>"));
         QCOMPARE(nav.count(mark), 1);

@@ -55,16 +55,17 @@ class tst_Translate : public QObject
     {
         QDir(path("proj")).removeRecursively();
         HelpData a;
-        a.languages["de"] = HelpLanguage{"Harte Texte", {{"Zitat", hard}, {"Leer", "..."},
-                                                         {"Drei", "Text drei"}}};
+        a.languages["de"] =
+            HelpLanguage{"Harte Texte", {{"Zitat", hard}, {"Leer", "..."}, {"Drei", "Text drei"}}};
         HelpData b;
         b.languages["de"] = HelpLanguage{"Kapitel", {{"Eins", "Erster Text"}, {"Zwei", "Zweiter"}}};
         b.languages["en"] = HelpLanguage{"Chapter", {{"One", "First text"}}};
         QVERIFY(QDir().mkpath(path("proj/kapitel")));
         QVERIFY(HelpWriter().writeXml(a, path("proj/a.zyhelp")));
         QVERIFY(HelpWriter().writeXml(b, path("proj/kapitel/b.zyhelp")));
-        Test::writeFile(path("proj/p.zyproject"), "<zyproject name=\"p\"><file>a.zyhelp</file>"
-                                                  "<file>kapitel/b.zyhelp</file></zyproject>\n");
+        Test::writeFile(path("proj/p.zyproject"),
+                        "<zyproject name=\"p\"><file>a.zyhelp</file>"
+                        "<file>kapitel/b.zyhelp</file></zyproject>\n");
     }
 
     QMap<QString, QByteArray> documents() const
@@ -138,14 +139,35 @@ private slots:
         QTest::addColumn<QString>("target");
         QTest::addColumn<QString>("changed"); // what a merged export must hold
         QTest::addColumn<QString>("source");
-        QTest::newRow("po") << "x.po" << "en" << "" << "de";
-        QTest::newRow("pot") << "x.pot" << "" << "" << "de";
-        QTest::newRow("xliff") << "x.xlf" << "en" << "" << "de";
-        QTest::newRow("xliff template") << "x.xliff" << "" << "" << "de";
-        QTest::newRow("po merged") << "x.po" << "en" << "#| msgid \"Erster Text\"" << "de";
-        QTest::newRow("xliff merged") << "x.xlf" << "en" << "state=\"needs-adaptation\"" << "de";
+        QTest::newRow("po") << "x.po"
+                            << "en"
+                            << ""
+                            << "de";
+        QTest::newRow("pot") << "x.pot"
+                             << ""
+                             << ""
+                             << "de";
+        QTest::newRow("xliff") << "x.xlf"
+                               << "en"
+                               << ""
+                               << "de";
+        QTest::newRow("xliff template") << "x.xliff"
+                                        << ""
+                                        << ""
+                                        << "de";
+        QTest::newRow("po merged") << "x.po"
+                                   << "en"
+                                   << "#| msgid \"Erster Text\""
+                                   << "de";
+        QTest::newRow("xliff merged") << "x.xlf"
+                                      << "en"
+                                      << "state=\"needs-adaptation\""
+                                      << "de";
         // No document has the source language: an XLIFF file still needs a <file>.
-        QTest::newRow("xliff without units") << "x.xlf" << "en" << "" << "fr";
+        QTest::newRow("xliff without units") << "x.xlf"
+                                             << "en"
+                                             << ""
+                                             << "fr";
     }
     void exportsPassTheirTools()
     {
@@ -153,9 +175,9 @@ private slots:
         QFETCH(QString, target);
         QFETCH(QString, changed);
         QFETCH(QString, source);
-        const QString arguments = QStringLiteral("export --source %1%2 -o %3 proj")
-                                      .arg(source, target.isEmpty() ? "" : " --target " + target,
-                                           file);
+        const QString arguments =
+            QStringLiteral("export --source %1%2 -o %3 proj")
+                .arg(source, target.isEmpty() ? "" : " --target " + target, file);
         QCOMPARE(translate(arguments).code, 0);
         if (!changed.isEmpty()) {
             HelpData b = read("proj/kapitel/b.zyhelp");
@@ -192,8 +214,7 @@ private slots:
         Catalog catalog;
         catalog.sourceLanguage = "de";
         catalog.targetLanguage = "en";
-        const TranslationUnit unit{"a.zyhelp#1/content", text, text, text, "a.zyhelp", text,
-                                   true};
+        const TranslationUnit unit{"a.zyhelp#1/content", text, text, text, "a.zyhelp", text, true};
         catalog.units = {unit};
         QString error;
         QVERIFY(CatalogFile::write(path("x.po"), catalog, &error));
@@ -355,8 +376,9 @@ private slots:
         QCOMPARE(import.err, dry.err);
         QCOMPARE(import.out,
                  QString(dry.out).replace("would write", "wrote").replace("to write", "written"));
-        QVERIFY(import.err.contains(QRegularExpression("^" + file + ":\\d+: warning: "
-                                                       "kapitel/b.zyhelp#description: stale",
+        QVERIFY(import.err.contains(QRegularExpression("^" + file
+                                                           + ":\\d+: warning: "
+                                                             "kapitel/b.zyhelp#description: stale",
                                                        QRegularExpression::MultilineOption)));
         verifyInPlace("proj/a.zyhelp", [](const QString &source) { return source; });
         verifyInPlace("proj/kapitel/b.zyhelp", [](const QString &source) { return source; });
@@ -367,8 +389,9 @@ private slots:
         const QByteArray b = Test::readFile(path("proj/kapitel/b.zyhelp"));
         const Run import = translate("import " ZY_TRANSLATE_DATA "/gettext-features.po proj");
         QVERIFY2(import.code == 0, qPrintable(import.err));
-        QCOMPARE(import.out, "wrote proj/a.zyhelp\n2 translations in place, 0 not applied, "
-                             "1 document written\n");
+        QCOMPARE(import.out,
+                 "wrote proj/a.zyhelp\n2 translations in place, 0 not applied, "
+                 "1 document written\n");
         QCOMPARE(Test::dump(read("proj/a.zyhelp")).section(" [en:", 1),
                  "Hard \"texts\"\" (:...) (:...) (:Text three)] links:");
         QCOMPARE(Test::readFile(path("proj/kapitel/b.zyhelp")), b);
@@ -378,8 +401,9 @@ private slots:
     {
         const Run import = translate("import " ZY_TRANSLATE_DATA "/cat-tool.xlf proj");
         QVERIFY2(import.code == 0, qPrintable(import.err));
-        QCOMPARE(import.out, "wrote proj/a.zyhelp\n3 translations in place, 0 not applied, "
-                             "1 document written\n");
+        QCOMPARE(import.out,
+                 "wrote proj/a.zyhelp\n3 translations in place, 0 not applied, "
+                 "1 document written\n");
         QCOMPARE(Test::dump(read("proj/a.zyhelp")).section(" [en:", 1),
                  "Hard texts (:...) (:...) (Three:Text three)] links:");
     }
@@ -396,8 +420,9 @@ private slots:
                                                         "document was not read whole")),
                  qPrintable(import.err));
         QCOMPARE(Test::readFile(path("proj/a.zyhelp")), faulty);
-        QCOMPARE(import.out, "wrote proj/kapitel/b.zyhelp\n5 translations in place, 6 not "
-                             "applied, 1 document written\n");
+        QCOMPARE(import.out,
+                 "wrote proj/kapitel/b.zyhelp\n5 translations in place, 6 not "
+                 "applied, 1 document written\n");
         const Run again = translate("export --source de --target en -o x.po proj");
         QCOMPARE(again.code, 1);
         QVERIFY(again.err.startsWith("proj/a.zyhelp:"));
@@ -425,25 +450,34 @@ private slots:
         const auto row = [](const char *name, const QByteArray &po, const char *expected) {
             QTest::newRow(name) << po << QString::fromUtf8(expected);
         };
-        row("CR LF", "msgid \"\"\r\nmsgstr \"\"\r\n\r\nmsgctxt \"a#1/name\"\r\nmsgid \"x\"\r\n"
-                     "msgstr \"y\"\r\n", "a#1/name|x|y|0|");
+        row("CR LF",
+            "msgid \"\"\r\nmsgstr \"\"\r\n\r\nmsgctxt \"a#1/name\"\r\nmsgid \"x\"\r\n"
+            "msgstr \"y\"\r\n",
+            "a#1/name|x|y|0|");
         row("escapes", head + "msgctxt \"i\"\nmsgid \"\\x41\\101\\t\\\\\\\"\"\nmsgstr \"\"\n",
             "i|AA\t\\\"||0|");
-        row("previous", head + "#, c-format, fuzzy\n#| msgctxt \"i\"\n#| msgid \"\"\n#| \"a\"\n"
-                               "#| \"b\"\nmsgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"\n",
+        row("previous",
+            head
+                + "#, c-format, fuzzy\n#| msgctxt \"i\"\n#| msgid \"\"\n#| \"a\"\n"
+                  "#| \"b\"\nmsgctxt \"i\"\nmsgid \"x\"\nmsgstr \"y\"\n",
             "i|x|y|1|ab");
-        row("obsolete", head + "#~| msgid \"a\"\n#~ msgctxt \"i\"\n#~ msgid \"x\"\n"
-                               "#~ msgstr \"y\"\n", "");
-        row("plural", head + "msgctxt \"i\"\nmsgid \"x\"\nmsgid_plural \"xs\"\n"
-                             "msgstr[0] \"y\"\nmsgstr[1] \"ys\"\n", "i|x||0|");
+        row("obsolete",
+            head
+                + "#~| msgid \"a\"\n#~ msgctxt \"i\"\n#~ msgid \"x\"\n"
+                  "#~ msgstr \"y\"\n",
+            "");
+        row("plural",
+            head
+                + "msgctxt \"i\"\nmsgid \"x\"\nmsgid_plural \"xs\"\n"
+                  "msgstr[0] \"y\"\nmsgstr[1] \"ys\"\n",
+            "i|x||0|");
         row("long hexadecimal escape",
             head + "msgctxt \"i\"\nmsgid \"\\x4444444441\"\nmsgstr \"\"\n", "i|A||0|");
         row("unknown escape", head + "msgid \"\\q\"\n", "4:8: unknown escape sequence");
         row("no msgid", head + "msgctxt \"i\"\nmsgstr \"y\"\n", "5:1: msgstr without");
         row("text after", head + "msgid \"x\" y\nmsgstr \"\"\n", "4:11: text after");
         row("two headers", head + head, "4:1: a second header");
-        row("no header", "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"\"\n",
-            "1:1: no header entry");
+        row("no header", "msgctxt \"i\"\nmsgid \"x\"\nmsgstr \"\"\n", "1:1: no header entry");
         // The check skips ASCII eight bytes at a time: faults at either side of a step.
         for (const int column : {8, 9, 16, 17, 24, 25}) {
             QTest::addRow("not UTF-8 at column %d", column)
@@ -460,8 +494,10 @@ private slots:
         row("CR LF across blocks",
             start + QByteArray((1 << 20) - 2 - start.size(), 'x') + "\"\r\nmsgstr \"y\"\n",
             "i|xxx");
-        row("lines across blocks", head + "msgctxt \"i\"\nmsgid \"" + QByteArray(3 << 19, 'x')
-                + "\"\r\nmsgstr \"\"\n\nmsgid \"\\q\"\n", "8:8: unknown escape sequence");
+        row("lines across blocks",
+            head + "msgctxt \"i\"\nmsgid \"" + QByteArray(3 << 19, 'x')
+                + "\"\r\nmsgstr \"\"\n\nmsgid \"\\q\"\n",
+            "8:8: unknown escape sequence");
     }
     void poReader()
     {
@@ -506,9 +542,10 @@ private slots:
         const Run import = translate("import x.po proj");
         QCOMPARE(import.code, 0);
         QCOMPARE(import.out.count("wrote "), 1002);
-        QCOMPARE(translate("status --source de proj").out.section('\n', -2), QString(
-            "en from de, 1002 documents: 21011 translated (21029 words), 0 untranslated (0 words), "
-            "1 not ready (1 words)\n"));
+        QCOMPARE(translate("status --source de proj").out.section('\n', -2),
+                 QString("en from de, 1002 documents: 21011 translated (21029 words), 0 "
+                         "untranslated (0 words), "
+                         "1 not ready (1 words)\n"));
 
         // Merged with an earlier file whose translations are not the documents': each unit
         // gets its earlier one, held in blocks of several documents, also where the file
@@ -561,18 +598,23 @@ private slots:
     {
         QTest::addColumn<QString>("arguments");
         QTest::addColumn<QString>("message");
-        QTest::newRow("no command") << "" << "no command given";
-        QTest::newRow("no source") << "export --target en proj" << "export needs --source";
-        QTest::newRow("target is source")
-            << "export --source de --target de proj" << "is the source";
-        QTest::newRow("unknown format") << "export --source de -o x.txt proj" << "must end in";
-        QTest::newRow("no such path") << "status --source de fehlt" << "fehlt: no such file";
-        QTest::newRow("two documents, one id")
-            << "status --source de proj/a.zyhelp x/a.zyhelp" << "would give the same unit ids";
-        QTest::newRow("template")
-            << "import x.pot proj" << "x.pot: error: the file names no target language";
+        QTest::newRow("no command") << ""
+                                    << "no command given";
+        QTest::newRow("no source") << "export --target en proj"
+                                   << "export needs --source";
+        QTest::newRow("target is source") << "export --source de --target de proj"
+                                          << "is the source";
+        QTest::newRow("unknown format") << "export --source de -o x.txt proj"
+                                        << "must end in";
+        QTest::newRow("no such path") << "status --source de fehlt"
+                                      << "fehlt: no such file";
+        QTest::newRow("two documents, one id") << "status --source de proj/a.zyhelp x/a.zyhelp"
+                                               << "would give the same unit ids";
+        QTest::newRow("template") << "import x.pot proj"
+                                  << "x.pot: error: the file names no target language";
         QTest::newRow("earlier file of other languages")
-            << "export --source de --target fr -o x.pot proj" << "not 'de' to 'fr'";
+            << "export --source de --target fr -o x.pot proj"
+            << "not 'de' to 'fr'";
     }
     void usageErrors()
     {
@@ -602,15 +644,19 @@ private slots:
         row("po not UTF-8", "x.po", "Text drei\"\n", "Text dr\xe4i\"\n", 2, ": error: not UTF-8");
         row("xliff not UTF-8", "x.xlf", "Text drei<", "Text dr\xe4i<", 2, "incorrectly encoded");
         row("xliff Latin-1", "x.xlf", "UTF-8", "ISO-8859-1", 2, "ISO-8859-1; translations are");
-        row("po BOM", "x.po", "#", "\xef\xbb\xbf#", 2, ":1:1: error: the file starts with a "
-                                                      "byte-order mark");
+        row("po BOM", "x.po", "#", "\xef\xbb\xbf#", 2,
+            ":1:1: error: the file starts with a "
+            "byte-order mark");
         row("xliff BOM", "x.xlf", "<?xml", "\xef\xbb\xbf<?xml", 2, "byte-order mark");
-        row("po duplicate id", "x.po", "\n#. name of section 3", "\n#. name of section 3 of 3\n"
+        row("po duplicate id", "x.po", "\n#. name of section 3",
+            "\n#. name of section 3 of 3\n"
             "msgctxt \"a.zyhelp#description\"\nmsgid \"x\"\nmsgstr \"\"\n\n#. name of section 3",
             2, "the id 'a.zyhelp#description' was given before, on line");
         row("xliff duplicate id", "x.xlf", "#3/name", "#description", 2, "was given before");
-        row("xliff unit in a unit", "x.xlf", "<source>Harte Texte</source>", "<source>Harte Texte"
-            "</source><trans-unit id=\"x\"><source>a</source></trans-unit>", 2, "inside another");
+        row("xliff unit in a unit", "x.xlf", "<source>Harte Texte</source>",
+            "<source>Harte Texte"
+            "</source><trans-unit id=\"x\"><source>a</source></trans-unit>",
+            2, "inside another");
         row("another project's ids", "x.po", "a.zyhelp#", "z.zyhelp#", 1,
             "z.zyhelp#description: no document of this run has this path");
         row("no Language header", "x.po", "\"Language: en\\n\"\n", "", 2, "names no target");

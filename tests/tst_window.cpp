@@ -9,9 +9,15 @@
 
 namespace {
 
-enum Role { TypeRole = Qt::UserRole + 1, PathRole, KeyRole, IndexRole }; // as other programs may read them
+enum Role {
+    TypeRole = Qt::UserRole + 1,
+    PathRole,
+    KeyRole,
+    IndexRole
+}; // as other programs may read them
 
-const QString dumpA = "2.1|Anna [de:Hallo (Eins:1) (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index";
+const QString dumpA =
+    "2.1|Anna [de:Hallo (Eins:1) (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index";
 
 } // namespace
 
@@ -35,35 +41,44 @@ private slots:
         Test::writeFile(m_root + "/p.zyproject", "<zyproject name='Handbuch'/>");
         Test::writeFile(m_root + "/sub/a.zyhelp", Test::readFile(QFINDTESTDATA("data/a.zyhelp")));
         Test::writeFile(m_root + "/Sub/sub/sub.zyhelp", "<zyhelp><lang name=''/></zyhelp>");
-        Test::writeFile(m_root + "/Sub/x.zyhelp", "<zyhelp/>"); // a second document in the folder Sub
+        Test::writeFile(m_root + "/Sub/x.zyhelp",
+                        "<zyhelp/>"); // a second document in the folder Sub
         m_window = std::make_unique<MainWindow>();
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
         QCOMPARE(run("actionOpenProject", {m_root + "/p.zyproject"}),
                  QStringList("Projekt öffnen|" + QDir::homePath() + "|Projekte (*.zyproject)"));
-        QVERIFY(Test::readFile(QCoreApplication::applicationDirPath() + "/Path").contains((m_root + "/Sub/sub\n").toUtf8()));
+        QVERIFY(Test::readFile(QCoreApplication::applicationDirPath() + "/Path")
+                    .contains((m_root + "/Sub/sub\n").toUtf8()));
     }
 
     void treeShape()
     {
-        QCOMPARE(dump(), QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*", "  x.zyhelp 200 x.zyhelp*", "sub 100*",
-                                      "  a.zyhelp 200 a.zyhelp*", "    de 300 de", "      Eins 400 de0", "      Zwei 400 de1",
-                                      "      Drei 400 de2", "    en 300 en", "      One 400 en0"}));
+        QCOMPARE(dump(),
+                 QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*",
+                              "  x.zyhelp 200 x.zyhelp*", "sub 100*", "  a.zyhelp 200 a.zyhelp*",
+                              "    de 300 de", "      Eins 400 de0", "      Zwei 400 de1",
+                              "      Drei 400 de2", "    en 300 en", "      One 400 en0"}));
         QString menu;
         for (QAction *action : m_window->findChild<QMenu *>("menuDatei")->actions())
             menu += action->text() + action->shortcut().toString() + u'|';
-        QCOMPARE(menu, "Neues Projekt...|Projekt öffnen...||SpeichernCtrl+S||Neue Hilfe-Datei...|Ansicht aktualisierenF5||Projektordner registrieren|");
-        Test::writeFile(m_root + "/Sub/y.zyhelp", "<zyhelp/>"); // in the folder of the document before it
+        QCOMPARE(menu,
+                 "Neues Projekt...|Projekt öffnen...||SpeichernCtrl+S||Neue Hilfe-Datei...|Ansicht "
+                 "aktualisierenF5||Projektordner registrieren|");
+        Test::writeFile(m_root + "/Sub/y.zyhelp",
+                        "<zyhelp/>"); // in the folder of the document before it
         run("actionReload");
-        QCOMPARE(dump().mid(0, 5), QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*", "  x.zyhelp 200 x.zyhelp*",
-                                                "  y.zyhelp 200 y.zyhelp*"}));
+        QCOMPARE(dump().mid(0, 5),
+                 QStringList({"Sub 100*", "  sub 100*", "    sub.zyhelp 200 sub.zyhelp*",
+                              "  x.zyhelp 200 x.zyhelp*", "  y.zyhelp 200 y.zyhelp*"}));
     }
 
     void pages()
     {
         click("sub/a.zyhelp");
         click("sub/a.zyhelp"); // the page is filled anew, not added to
-        QCOMPARE(page() + text("editAuthor") + text("editVersion") + links(), "pageFileAnna2.1start,index");
+        QCOMPARE(page() + text("editAuthor") + text("editVersion") + links(),
+                 "pageFileAnna2.1start,index");
         edit("editAuthor", "Bob");
         for (const char *link : {"  neu ", "  "})
             edit("editNewLink", link), run("btnAddLink");
@@ -78,13 +93,18 @@ private slots:
         edit("editSectionName", "Zwo");
         edit("editContent", " neu\n");
         QVERIFY(QFile::remove(m_root + "/sub/a.zyhelp") && QDir().mkdir(m_root + "/sub/a.zyhelp"));
-        QCOMPARE(run("actionSave", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"" + m_root + "/sub/a.zyhelp\""),
+        QCOMPARE(run("actionSave", {"OK"},
+                     "Konnte Datei nicht zum Schreiben öffnen: \"" + m_root + "/sub/a.zyhelp\""),
                  QStringList("Fehler|Speichern fehlgeschlagen.|3"));
         QDir().rmdir(m_root + "/sub/a.zyhelp"); // the edits are kept for another try
-        QCOMPARE(run("btnSaveSection") << status() << node("sub/a.zyhelp/de/Zwo")->text(0), QStringList({"Gespeichert: a.zyhelp", "Zwo"}));
-        QCOMPARE(saved("sub/a.zyhelp"), "2.1|Bob [de:Servus (Zwo:neu) (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:index,neu");
+        QCOMPARE(run("btnSaveSection") << status() << node("sub/a.zyhelp/de/Zwo")->text(0),
+                 QStringList({"Gespeichert: a.zyhelp", "Zwo"}));
+        QCOMPARE(saved("sub/a.zyhelp"),
+                 "2.1|Bob [de:Servus (Zwo:neu) (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] "
+                 "links:index,neu");
         click("sub");
-        QCOMPARE(run("btnSaveLang", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"\"") << page(),
+        QCOMPARE(run("btnSaveLang", {"OK"}, "Konnte Datei nicht zum Schreiben öffnen: \"\"")
+                     << page(),
                  QStringList({"Fehler|Speichern fehlgeschlagen.|3", "pageEmpty"}));
         run("actionReload");
         m_window->statusBar()->clearMessage();
@@ -98,27 +118,36 @@ private slots:
         QTest::addColumn<QStringList>("seen");
         QTest::addColumn<QString>("after");
         QTest::addColumn<int>("nodes"); // in the tree, rebuilt from the files
-        const auto row = [](const char *name, const char *path, const QString &replies, const QString &seen,
-                            const QString &after, int nodes) {
-            QTest::newRow(name) << path << replies.split(u';') << seen.split(u';', Qt::SkipEmptyParts) << after << nodes;
+        const auto row = [](const char *name, const char *path, const QString &replies,
+                            const QString &seen, const QString &after, int nodes) {
+            QTest::newRow(name) << path << replies.split(u';')
+                                << seen.split(u';', Qt::SkipEmptyParts) << after << nodes;
         };
-        const QString file = "|Sprache hinzufügen...|-|Aus Projekt entfernen (Löschen);", lang = "|Sektion hinzufügen...|-|Sprache löschen;";
+        const QString file = "|Sprache hinzufügen...|-|Aus Projekt entfernen (Löschen);",
+                      lang = "|Sektion hinzufügen...|-|Sprache löschen;";
         const QString de = "2.1|Anna [de:Hallo (Eins:1) (Zwei:2) (Drei:3)] %1 links:start,index";
-        row("add language", "sub/a.zyhelp", "Sprache hinzufügen...;fr", file + "Neu|Sprache (de, en):|",
-            de.arg("[en:Hello (One:Text one)] [fr:...]"), 13);
+        row("add language", "sub/a.zyhelp", "Sprache hinzufügen...;fr",
+            file + "Neu|Sprache (de, en):|", de.arg("[en:Hello (One:Text one)] [fr:...]"), 13);
         row("existing language", "sub/a.zyhelp", "Sprache hinzufügen...;de;OK",
-            file + "Neu|Sprache (de, en):|;Neu|Die Sprache 'de' ist bereits vorhanden.|2", dumpA, 12);
-        row("no language", "sub/a.zyhelp", "Sprache hinzufügen...;", file + "Neu|Sprache (de, en):|", dumpA, 12);
-        row("add section", "sub/a.zyhelp/en", "Sektion hinzufügen...; x", lang + "Neu|Sektion Name:|",
-            de.arg("[en:Hello (One:Text one) ( x:...)]"), 13);
-        row("no section", "sub/a.zyhelp/en", "Sektion hinzufügen...;Esc", lang + "Neu|Sektion Name:|", dumpA, 12);
-        row("delete section", "sub/a.zyhelp/de/Eins", "Sektion löschen;Yes", "|Sektion löschen;Löschen|Sektion löschen?|4",
-            "2.1|Anna [de:Hallo (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index", 11);
-        row("keep language", "sub/a.zyhelp/en", "Sprache löschen;No", lang + "Löschen|Sprache 'en' löschen?|4", dumpA, 12);
-        row("delete language", "sub/a.zyhelp/en", "Sprache löschen;Yes", lang + "Löschen|Sprache 'en' löschen?|4",
-            de.arg("").replace("  ", " "), 10);
+            file + "Neu|Sprache (de, en):|;Neu|Die Sprache 'de' ist bereits vorhanden.|2", dumpA,
+            12);
+        row("no language", "sub/a.zyhelp", "Sprache hinzufügen...;",
+            file + "Neu|Sprache (de, en):|", dumpA, 12);
+        row("add section", "sub/a.zyhelp/en", "Sektion hinzufügen...; x",
+            lang + "Neu|Sektion Name:|", de.arg("[en:Hello (One:Text one) ( x:...)]"), 13);
+        row("no section", "sub/a.zyhelp/en", "Sektion hinzufügen...;Esc",
+            lang + "Neu|Sektion Name:|", dumpA, 12);
+        row("delete section", "sub/a.zyhelp/de/Eins", "Sektion löschen;Yes",
+            "|Sektion löschen;Löschen|Sektion löschen?|4",
+            "2.1|Anna [de:Hallo (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index",
+            11);
+        row("keep language", "sub/a.zyhelp/en", "Sprache löschen;No",
+            lang + "Löschen|Sprache 'en' löschen?|4", dumpA, 12);
+        row("delete language", "sub/a.zyhelp/en", "Sprache löschen;Yes",
+            lang + "Löschen|Sprache 'en' löschen?|4", de.arg("").replace("  ", " "), 10);
         row("delete document", "sub/a.zyhelp", "Aus Projekt entfernen (Löschen);Yes",
-            file + "Löschen|Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)|4", "<missing>", 4);
+            file + "Löschen|Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)|4",
+            "<missing>", 4);
         row("folder", "sub", "", "", dumpA, 12);
     }
     void contextMenu()
@@ -132,52 +161,80 @@ private slots:
         QTEST(saved("sub/a.zyhelp"), "after");
         QCOMPARE(dump().size(), nodes);
         QCOMPARE(page() == "pageEmpty", nodes == 4);
-        QCOMPARE(Test::readFile(m_root + "/p.zyproject").contains("<file>Sub/sub/sub.zyhelp</file>"), nodes == 4);
+        QCOMPARE(
+            Test::readFile(m_root + "/p.zyproject").contains("<file>Sub/sub/sub.zyhelp</file>"),
+            nodes == 4);
     }
 
     void commands()
     {
         QDir().mkpath(m_root + "/neu/later");
-        const QStringList seen = run("actionNewProject", {m_root + "/neu", ""}); // a folder, then no name
-        QCOMPARE(seen.value(0).section(u'|', 0, 0) + u'|' + seen.value(1), "Projektordner wählen|Neues Projekt|Projektname:|MeinProjekt");
+        const QStringList seen =
+            run("actionNewProject", {m_root + "/neu", ""}); // a folder, then no name
+        QCOMPARE(seen.value(0).section(u'|', 0, 0) + u'|' + seen.value(1),
+                 "Projektordner wählen|Neues Projekt|Projektname:|MeinProjekt");
         QVERIFY(!QFile::exists(m_root + "/neu/.zyproject"));
-        QCOMPARE(run("actionNewProject", {m_root + "/neu", "MeinProjekt", "OK"}).mid(2) << m_window->windowTitle(),
+        QCOMPARE(run("actionNewProject", {m_root + "/neu", "MeinProjekt", "OK"}).mid(2)
+                     << m_window->windowTitle(),
                  QStringList({"Info|Projekt erstellt!|1", "Editor - MeinProjekt"}));
-        QCOMPARE(run("actionNewFile", {m_root + "/neu/n.zyhelp"}), QStringList("Neue Datei|" + m_root + "/neu|Hilfe (*.zyhelp)"));
-        QCOMPARE(saved("neu/n.zyhelp") + node("n.zyhelp/de")->text(0), "1.0|Ich [de:Neue Beschreibung] links:de");
-        QVERIFY(Test::readFile(m_root + "/neu/MeinProjekt.zyproject").contains("<file>n.zyhelp</file>"));
+        QCOMPARE(run("actionNewFile", {m_root + "/neu/n.zyhelp"}),
+                 QStringList("Neue Datei|" + m_root + "/neu|Hilfe (*.zyhelp)"));
+        QCOMPARE(saved("neu/n.zyhelp") + node("n.zyhelp/de")->text(0),
+                 "1.0|Ich [de:Neue Beschreibung] links:de");
+        QVERIFY(Test::readFile(m_root + "/neu/MeinProjekt.zyproject")
+                    .contains("<file>n.zyhelp</file>"));
         Test::writeFile(m_root + "/neu/m.zyhelp", "");
-        run("actionReload", {}, "XML Parsing Fehler in \"" + m_root + "/neu/m.zyhelp\" : \"Premature end of document.\"");
-        QCOMPARE(tree()->topLevelItem(0)->text(0) + tree()->topLevelItem(1)->text(0), "m.zyhelpn.zyhelp");
+        run("actionReload", {},
+            "XML Parsing Fehler in \"" + m_root
+                + "/neu/m.zyhelp\" : \"Premature end of document.\"");
+        QCOMPARE(tree()->topLevelItem(0)->text(0) + tree()->topLevelItem(1)->text(0),
+                 "m.zyhelpn.zyhelp");
         QFile::remove(QCoreApplication::applicationDirPath() + "/Path");
-        QCOMPARE(run("actionRegisterPath", {"OK"}), QStringList("Info|Pfad (inkl. Unterordner) wurde registriert.|1"));
-        QVERIFY(Test::readFile(QCoreApplication::applicationDirPath() + "/Path").endsWith("/neu/later\n"));
+        QCOMPARE(run("actionRegisterPath", {"OK"}),
+                 QStringList("Info|Pfad (inkl. Unterordner) wurde registriert.|1"));
+        QVERIFY(Test::readFile(QCoreApplication::applicationDirPath() + "/Path")
+                    .endsWith("/neu/later\n"));
         m_window = std::make_unique<MainWindow>();
-        QCOMPARE(run("actionReload") + run("actionNewFile", {"OK"}) + run("actionRegisterPath", {"OK"}),
-                 QStringList({"Info|Bitte erst ein Projekt öffnen/erstellen.|2", "Info|Kein Projekt geöffnet.|2"}));
+        QCOMPARE(run("actionReload") + run("actionNewFile", {"OK"})
+                     + run("actionRegisterPath", {"OK"}),
+                 QStringList({"Info|Bitte erst ein Projekt öffnen/erstellen.|2",
+                              "Info|Kein Projekt geöffnet.|2"}));
     }
 
     void openFromCommandLine_data()
     {
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("outcome"); // the window's title, or why the box refuses the path
-        QTest::newRow("project") << "p.zyproject" << "Editor - Handbuch";
-        QTest::newRow("none") << "" << "";
-        QTest::newRow("folder") << "sub" << "Das ist ein Ordner, keine Projektdatei (*.zyproject).";
-        QTest::newRow("document") << "sub/a.zyhelp" << "Das ist keine Projektdatei (*.zyproject).";
-        QTest::newRow("missing") << "none.zyproject" << "Die Datei gibt es nicht.";
-        QTest::newRow("unreadable") << "locked.zyproject" << "Die Datei kann nicht gelesen werden.";
+        QTest::newRow("project") << "p.zyproject"
+                                 << "Editor - Handbuch";
+        QTest::newRow("none") << ""
+                              << "";
+        QTest::newRow("folder") << "sub"
+                                << "Das ist ein Ordner, keine Projektdatei (*.zyproject).";
+        QTest::newRow("document") << "sub/a.zyhelp"
+                                  << "Das ist keine Projektdatei (*.zyproject).";
+        QTest::newRow("missing") << "none.zyproject"
+                                 << "Die Datei gibt es nicht.";
+        QTest::newRow("unreadable") << "locked.zyproject"
+                                    << "Die Datei kann nicht gelesen werden.";
     }
     void openFromCommandLine()
     {
         QFETCH(QString, path);
         QFETCH(QString, outcome);
-        QFile::link("/proc/sys/vm/drop_caches", m_root + "/locked.zyproject"); // not even root may read it
+        QFile::link("/proc/sys/vm/drop_caches",
+                    m_root + "/locked.zyproject"); // not even root may read it
         m_window = std::make_unique<MainWindow>();
         bool opened = false;
-        const QStringList seen = run([&] { opened = m_window->openProjectFile(path.isEmpty() ? path : m_root + u'/' + path); }, {"OK"});
+        const QStringList seen = run(
+            [&] {
+                opened = m_window->openProjectFile(path.isEmpty() ? path : m_root + u'/' + path);
+            },
+            {"OK"});
         QCOMPARE(opened ? m_window->windowTitle() : seen.join(u' '),
-                 opened || path.isEmpty() ? outcome : "Info|Das Projekt kann nicht geöffnet werden:\n" + m_root + u'/' + path + "\n\n" + outcome + "|2");
+                 opened || path.isEmpty() ? outcome
+                                          : "Info|Das Projekt kann nicht geöffnet werden:\n"
+                         + m_root + u'/' + path + "\n\n" + outcome + "|2");
         QCOMPARE(m_window->windowTitle() == "ZY Help Editor", !opened);
     }
 
@@ -193,10 +250,13 @@ private slots:
     void rebuild()
     {
         QFETCH(QString, change);
-        const auto rewrite = [this](const QByteArray &bytes, int second) { // in place: the same inode
+        const auto rewrite = [this](const QByteArray &bytes,
+                                    int second) { // in place: the same inode
             QFile file(m_root + "/sub/a.zyhelp");
-            QVERIFY(file.open(QIODevice::ReadWrite) && file.write(bytes) == bytes.size() && file.flush());
-            QVERIFY(file.setFileTime(QDateTime(QDate(2024, 5, 1), QTime(12, 0, second)), QFileDevice::FileModificationTime));
+            QVERIFY(file.open(QIODevice::ReadWrite) && file.write(bytes) == bytes.size()
+                    && file.flush());
+            QVERIFY(file.setFileTime(QDateTime(QDate(2024, 5, 1), QTime(12, 0, second)),
+                                     QFileDevice::FileModificationTime));
         };
         const QByteArray a = Test::readFile(m_root + "/sub/a.zyhelp");
         rewrite(a, 0);
@@ -209,9 +269,11 @@ private slots:
         node("sub/a.zyhelp")->setExpanded(false);
         static QStringList log;
         log.clear();
-        const auto previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &m) { log << m; });
+        const auto previous = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext &, const QString &m) { log << m; });
         if (change == "fr") {
-            QVERIFY(QFile::remove(m_root + "/Sub/sub/sub.zyhelp") && QFile::remove(m_root + "/z.zyhelp"));
+            QVERIFY(QFile::remove(m_root + "/Sub/sub/sub.zyhelp")
+                    && QFile::remove(m_root + "/z.zyhelp"));
             QVERIFY(QDir(m_root).mkdir("z.zyhelp"));
             menu("sub/a.zyhelp", {"Sprache hinzufügen...", "fr"});
         } else {
@@ -224,11 +286,18 @@ private slots:
         run("actionOpenProject", {m_root + "/p.zyproject"});
         QThreadPool::globalInstance()->setMaxThreadCount(QThread::idealThreadCount());
         qInstallMessageHandler(previous);
-        const QRegularExpression notZ("^(?!z\\.zyhelp)"); // a folder now: no document to a fresh list
+        const QRegularExpression notZ(
+            "^(?!z\\.zyhelp)"); // a folder now: no document to a fresh list
         QCOMPARE(shown.filter(notZ), dump().filter(notZ).replaceInStrings("Uno?", "Eins"));
-        const QString faulty = "XML Parsing Fehler in \"" + m_root + "/b.zyhelp\" : \"Premature end of document.\"\n";
-        QCOMPARE(log.filter(QRegularExpression("^(XML|Kann)")).join(u'\n') + u'\n',  // in the order of the documents
-                 faulty + (change == "fr" ? "Kann XML-Datei nicht öffnen: \"" + m_root + "/z.zyhelp\"\n" : "") + faulty);
+        const QString faulty =
+            "XML Parsing Fehler in \"" + m_root + "/b.zyhelp\" : \"Premature end of document.\"\n";
+        QCOMPARE(log.filter(QRegularExpression("^(XML|Kann)")).join(u'\n')
+                     + u'\n', // in the order of the documents
+                 faulty
+                     + (change == "fr"
+                            ? "Kann XML-Datei nicht öffnen: \"" + m_root + "/z.zyhelp\"\n"
+                            : "")
+                     + faulty);
     }
 
     // A document read only up to a fault is kept beside it before its first save,
@@ -247,22 +316,35 @@ private slots:
         const QByteArray bad = Test::readFile(QFINDTESTDATA("data/partly.zyhelp"));
         Test::writeFile(m_root + "/bad.zyhelp.bak", "older");
         Test::writeFile(m_root + "/bad.zyhelp", bad);
-        run("actionReload", {}, "XML Parsing Fehler in \"" + m_root + "/bad.zyhelp\" : \"Expected character data.\"");
+        run("actionReload", {},
+            "XML Parsing Fehler in \"" + m_root + "/bad.zyhelp\" : \"Expected character data.\"");
         if (kept.isEmpty()) { // read anew by the next rebuild, of the same list or of another
             Test::writeFile(m_root + "/bad.zyhelp", "<zyhelp version='1'/>");
-            Test::writeFile(m_root + (QByteArray(QTest::currentDataTag()).endsWith("list") ? "/new.zyhelp" : "/Sub/a.txt"), "<zyhelp/>");
+            Test::writeFile(m_root
+                                + (QByteArray(QTest::currentDataTag()).endsWith("list")
+                                       ? "/new.zyhelp"
+                                       : "/Sub/a.txt"),
+                            "<zyhelp/>");
             run("actionReload");
         }
         if (!kept.endsWith('1'))
             QFile::remove(m_root + "/bad.zyhelp.bak");
         click("bad.zyhelp");
         edit("editAuthor", "Y");
-        QCOMPARE(run("btnSaveFile") << status() << saved("bad.zyhelp").left(4), QStringList({"Gespeichert: bad.zyhelp"
-                 + (kept.isEmpty() ? "" : " (unvollständig gelesen, Original aufbewahrt als " + kept + ")"), "1|Y "}));
+        QCOMPARE(
+            run("btnSaveFile") << status() << saved("bad.zyhelp").left(4),
+            QStringList({"Gespeichert: bad.zyhelp"
+                             + (kept.isEmpty() ? ""
+                                               : " (unvollständig gelesen, Original aufbewahrt als "
+                                        + kept + ")"),
+                         "1|Y "}));
         run("actionSave");
         QCOMPARE(status(), "Gespeichert: bad.zyhelp");
         QCOMPARE(Test::readFile(m_root + u'/' + kept), kept.isEmpty() ? "<missing>" : bad);
-        QCOMPARE(QDir(m_root).entryList({"bad*"}).size(), kept.endsWith('1') ? 3 : kept.isEmpty() ? 1 : 2);
+        QCOMPARE(QDir(m_root).entryList({"bad*"}).size(),
+                 kept.endsWith('1')   ? 3
+                     : kept.isEmpty() ? 1
+                                      : 2);
     }
 
 private:
@@ -275,13 +357,15 @@ private:
         for (QTreeWidgetItemIterator it(tree()); QTreeWidgetItem *node = *it; ++it) {
             const QString path = node->data(0, PathRole).toString();
             QStringList parts{node->text(0), node->data(0, TypeRole).toString(),
-                              node->data(0, KeyRole).toString() + node->data(0, IndexRole).toString()};
+                              node->data(0, KeyRole).toString()
+                                  + node->data(0, IndexRole).toString()};
             if (!node->parent() || node->parent()->data(0, PathRole) != path)
                 parts.insert(2, QFileInfo(path).fileName());
             parts.removeAll(QString());
             for (QTreeWidgetItem *parent = node->parent(); parent; parent = parent->parent())
                 parts.first().prepend("  ");
-            lines << parts.join(u' ') + (node->icon(0).isNull() ? "" : "*") + (node->childCount() && !node->isExpanded() ? " closed" : "");
+            lines << parts.join(u' ') + (node->icon(0).isNull() ? "" : "*")
+                    + (node->childCount() && !node->isExpanded() ? " closed" : "");
         }
         return lines;
     }
@@ -303,14 +387,17 @@ private:
         QTreeWidgetItem *item = node(path);
         tree()->scrollToItem(item);
         const QPoint at = tree()->visualItemRect(item).center();
-        QContextMenuEvent click(QContextMenuEvent::Mouse, at, tree()->viewport()->mapToGlobal(at)); // a right click
+        QContextMenuEvent click(QContextMenuEvent::Mouse, at,
+                                tree()->viewport()->mapToGlobal(at)); // a right click
         return run([&] { QApplication::sendEvent(tree()->viewport(), &click); }, replies);
     }
     // Runs a command, answering the windows it opens, and returns what they showed.
-    QStringList run(const std::function<void()> &command, const QStringList &replies, const QString &warning = {})
+    QStringList run(const std::function<void()> &command, const QStringList &replies,
+                    const QString &warning = {})
     {
         if (!warning.isEmpty())
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^" + QRegularExpression::escape(warning)));
+            QTest::ignoreMessage(QtWarningMsg,
+                                 QRegularExpression("^" + QRegularExpression::escape(warning)));
         m_replies = replies;
         m_seen.clear();
         command();
@@ -319,28 +406,46 @@ private:
     QStringList run(const char *name, const QStringList &replies = {}, const QString &warning = {})
     {
         auto *action = m_window->findChild<QAction *>(name);
-        return run([&] { action ? action->trigger() : m_window->findChild<QPushButton *>(name)->click(); }, replies, warning);
+        return run(
+            [&] { action ? action->trigger() : m_window->findChild<QPushButton *>(name)->click(); },
+            replies, warning);
     }
     // The text of a line edit or a plain text edit, the links shown, the status bar, the page.
-    QString text(const char *name) { return m_window->findChild<QWidget *>(name)->property(textProperty(name)).toString(); }
-    void edit(const char *name, const QString &text) { m_window->findChild<QWidget *>(name)->setProperty(textProperty(name), text); }
-    static const char *textProperty(const char *name) { return qstrcmp(name, "editContent") ? "text" : "plainText"; }
+    QString text(const char *name)
+    {
+        return m_window->findChild<QWidget *>(name)->property(textProperty(name)).toString();
+    }
+    void edit(const char *name, const QString &text)
+    {
+        m_window->findChild<QWidget *>(name)->setProperty(textProperty(name), text);
+    }
+    static const char *textProperty(const char *name)
+    {
+        return qstrcmp(name, "editContent") ? "text" : "plainText";
+    }
     QString links()
     {
         QStringList rows;
-        for (QListWidgetItem *row : m_window->findChild<QListWidget *>("listLinks")->findItems("", Qt::MatchContains))
+        for (QListWidgetItem *row :
+             m_window->findChild<QListWidget *>("listLinks")->findItems("", Qt::MatchContains))
             rows << row->text();
         return rows.join(u',');
     }
     QString status() { return m_window->statusBar()->currentMessage(); }
-    QString page() { return m_window->findChild<QStackedWidget *>("editorStack")->currentWidget()->objectName(); }
+    QString page()
+    {
+        return m_window->findChild<QStackedWidget *>("editorStack")->currentWidget()->objectName();
+    }
     QString saved(const QString &file) // the document on disk
     {
-        return QFile::exists(m_root + u'/' + file) ? Test::dump(ZyHelp::HelpParser().parse(m_root + u'/' + file)) : "<missing>";
+        return QFile::exists(m_root + u'/' + file)
+            ? Test::dump(ZyHelp::HelpParser().parse(m_root + u'/' + file))
+            : "<missing>";
     }
 
-    // Answers the windows a command opens, in order: a button ("Yes", "No", "OK"), a dialog's text, a menu entry;
-    // "Esc" cancels. A window without a reply is cancelled, one open 5 s after it closed: no test hangs.
+    // Answers the windows a command opens, in order: a button ("Yes", "No", "OK"), a dialog's text,
+    // a menu entry; "Esc" cancels. A window without a reply is cancelled, one open 5 s after it
+    // closed: no test hangs.
     void poll()
     {
         QWidget *window = QApplication::activePopupWidget();
@@ -363,21 +468,30 @@ private:
         auto *menu = qobject_cast<QMenu *>(window);
         const QList<QAction *> entries = menu ? menu->actions() : QList<QAction *>();
         QStringList shown{window->windowTitle()};
-        if (box || input || files) // what the window says, and its icon, preset text or folder and filter
-            shown << (box ? box->text() : input ? input->labelText() : files->directory().absolutePath())
-                  << (box ? QString::number(box->icon()) : input ? input->textValue() : files->nameFilters().join(u';'));
+        if (box || input
+            || files) // what the window says, and its icon, preset text or folder and filter
+            shown << (box         ? box->text()
+                          : input ? input->labelText()
+                                  : files->directory().absolutePath())
+                  << (box         ? QString::number(box->icon())
+                          : input ? input->textValue()
+                                  : files->nameFilters().join(u';'));
         for (QAction *action : entries)
             shown << (action->isSeparator() ? "-" : action->text());
         m_seen.append((reply == "unexpected" ? "unexpected " : "") + shown.join(u'|'));
-        const auto button = reply == "Yes" ? QMessageBox::Yes : reply == "No" ? QMessageBox::No : QMessageBox::Ok;
-        const auto entry = std::find_if(entries.cbegin(), entries.cend(), [&](QAction *a) { return a->text() == reply; });
+        const auto button = reply == "Yes" ? QMessageBox::Yes
+            : reply == "No"                ? QMessageBox::No
+                                           : QMessageBox::Ok;
+        const auto entry = std::find_if(entries.cbegin(), entries.cend(),
+                                        [&](QAction *a) { return a->text() == reply; });
         if (box && box->button(button)) {
             box->button(button)->click();
         } else if (entry != entries.cend()) {
             menu->setActiveAction(*entry); // as the user does it: highlighted, then Return
             QTest::keyClick(menu, Qt::Key_Return);
         } else if ((input || files) && reply != "Esc" && reply != "unexpected") {
-            window->findChild<QLineEdit *>(input ? QString() : QString("fileNameEdit"))->setText(reply);
+            window->findChild<QLineEdit *>(input ? QString() : QString("fileNameEdit"))
+                ->setText(reply);
             static_cast<QDialog *>(window)->accept();
         } else {
             QTest::keyClick(window, Qt::Key_Escape);

@@ -132,11 +132,11 @@ CheckResult Checker::check(const QList<DocumentEntry> &documents,
             continue;
         }
         if (document.status.outcome == ParseStatus::Faulty) {
-            result.findings.append(Finding{
-                path, document.status.line, document.status.column, Finding::Error,
-                QStringLiteral("xml"),
-                QStringLiteral("faulty XML, the editor shows nothing from here on: %1")
-                    .arg(document.status.errorString)});
+            result.findings.append(
+                Finding{path, document.status.line, document.status.column, Finding::Error,
+                        QStringLiteral("xml"),
+                        QStringLiteral("faulty XML, the editor shows nothing from here on: %1")
+                            .arg(document.status.errorString)});
             continue;
         }
 

@@ -6,7 +6,6 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
-
 using namespace ZyHelp;
 using namespace ZyHelp::Check;
 using namespace ZyHelp::CommandLine;

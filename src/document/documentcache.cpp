@@ -6,10 +6,10 @@
 #include <QtConcurrentMap>
 
 #ifdef Q_OS_UNIX
-#include <sys/stat.h>
+# include <sys/stat.h>
 #else
-#include <QDateTime>
-#include <QFileInfo>
+# include <QDateTime>
+# include <QFileInfo>
 #endif
 
 namespace ZyHelp {
@@ -17,7 +17,7 @@ namespace ZyHelp {
 bool DocumentCache::FileIdentity::operator==(const FileIdentity &other) const
 {
     return size == other.size && modified == other.modified && inode == other.inode
-           && device == other.device;
+        && device == other.device;
 }
 
 DocumentCache::FileIdentity DocumentCache::identify(const QString &filePath)
@@ -27,11 +27,11 @@ DocumentCache::FileIdentity DocumentCache::identify(const QString &filePath)
     struct stat info;
     if (::stat(QFile::encodeName(filePath).constData(), &info) != 0)
         return identity;
-#ifdef Q_OS_DARWIN
+# ifdef Q_OS_DARWIN
     const timespec &modified = info.st_mtimespec;
-#else
+# else
     const timespec &modified = info.st_mtim;
-#endif
+# endif
     identity.size = info.st_size;
     identity.modified = qint64(modified.tv_sec) * 1000000000 + modified.tv_nsec;
     identity.inode = info.st_ino;

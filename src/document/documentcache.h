@@ -28,8 +28,7 @@ public:
     // Calls prepare, if given, on the pool thread that read a document, right after
     // the read and before receive gets that document; never for a kept one. It runs
     // on several threads at once and must touch only what belongs to its index.
-    void read(const QStringList &filePaths, const Receiver &receive,
-              const Receiver &prepare = {});
+    void read(const QStringList &filePaths, const Receiver &receive, const Receiver &prepare = {});
 
 private:
     // Size, modification time in nanoseconds, inode and device; size -1: no file.

@@ -18,7 +18,10 @@ inline bool operator==(const HelpSection &a, const HelpSection &b)
 {
     return a.name == b.name && a.content == b.content;
 }
-inline bool operator!=(const HelpSection &a, const HelpSection &b) { return !(a == b); }
+inline bool operator!=(const HelpSection &a, const HelpSection &b)
+{
+    return !(a == b);
+}
 
 // The part of a document in one language. Its key lives in HelpData::languages only.
 struct HelpLanguage
@@ -31,7 +34,10 @@ inline bool operator==(const HelpLanguage &a, const HelpLanguage &b)
 {
     return a.description == b.description && a.sections == b.sections;
 }
-inline bool operator!=(const HelpLanguage &a, const HelpLanguage &b) { return !(a == b); }
+inline bool operator!=(const HelpLanguage &a, const HelpLanguage &b)
+{
+    return !(a == b);
+}
 
 // One help document, as read from and written to a .zyhelp file.
 struct HelpData
@@ -49,7 +55,10 @@ inline bool operator==(const HelpData &a, const HelpData &b)
     return a.version == b.version && a.author == b.author && a.languages == b.languages
         && a.links == b.links;
 }
-inline bool operator!=(const HelpData &a, const HelpData &b) { return !(a == b); }
+inline bool operator!=(const HelpData &a, const HelpData &b)
+{
+    return !(a == b);
+}
 
 // A description or section text that is empty or still the text the editor
 // puts into a new document ("Neue Beschreibung"), language or section ("..."):

@@ -13,7 +13,8 @@ namespace {
 // command-line help are too. Without Qt's translations installed they stay English.
 void installQtTranslations(QTranslator &translator)
 {
-    if (translator.load(QStringLiteral("qtbase_de"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    if (translator.load(QStringLiteral("qtbase_de"),
+                        QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&translator);
 }
 

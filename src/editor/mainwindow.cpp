@@ -106,7 +106,8 @@ QList<QTreeWidgetItem *> languageNodes(const QString &filePath, const ZyHelp::He
     QList<QTreeWidgetItem *> nodes;
     nodes.reserve(document.languages.size());
     for (auto lang = document.languages.cbegin(); lang != document.languages.cend(); ++lang) {
-        auto *langItem = new ProjectItem(MainWindow::TypeLanguage, lang.key(), filePath, lang.key());
+        auto *langItem =
+            new ProjectItem(MainWindow::TypeLanguage, lang.key(), filePath, lang.key());
         for (qsizetype i = 0; i < lang->sections.size(); ++i) {
             auto *sectionItem = new ProjectItem(MainWindow::TypeSection, lang->sections.at(i).name,
                                                 filePath, lang.key(), int(i));
@@ -161,7 +162,7 @@ QIcon styleIcon(QStyle::StandardPixmap pixmap)
 bool isFolderNamed(const QTreeWidgetItem *item, const QString &name)
 {
     return item->text(0) == name
-           && item->data(0, MainWindow::ItemTypeRole).toInt() == MainWindow::TypeFolder;
+        && item->data(0, MainWindow::ItemTypeRole).toInt() == MainWindow::TypeFolder;
 }
 
 QTreeWidgetItem *newFolderItem(const QString &name)
@@ -301,19 +302,22 @@ void MainWindow::loadProjectView()
     };
     const QIcon fileIcon = styleIcon(QStyle::SP_FileIcon);
     DetachedTree tree;
-    m_documents.read(filePaths, [&](qsizetype i, const ZyHelp::DocumentCache::Document &document) {
-        const QString &filePath = filePaths.at(i);
-        ZyHelp::HelpParser::logStatus(filePath, document.status);
-        if (document.status.outcome == ZyHelp::ParseStatus::Faulty)
-            m_partlyRead.insert(filePath);
-        m_helpFiles.insert(m_helpFiles.cend(), filePath, document.data);
-        QTreeWidgetItem *fileItem = branches[size_t(i)];
-        if (!fileItem) // kept from an earlier read
-            fileItem = documentBranch(entries.at(i), filePath, document.data);
-        fileItem->setIcon(0, fileIcon);
-        tree.add(entries.at(i), fileItem);
-        m_documentItems.append(fileItem);
-    }, prepare);
+    m_documents.read(
+        filePaths,
+        [&](qsizetype i, const ZyHelp::DocumentCache::Document &document) {
+            const QString &filePath = filePaths.at(i);
+            ZyHelp::HelpParser::logStatus(filePath, document.status);
+            if (document.status.outcome == ZyHelp::ParseStatus::Faulty)
+                m_partlyRead.insert(filePath);
+            m_helpFiles.insert(m_helpFiles.cend(), filePath, document.data);
+            QTreeWidgetItem *fileItem = branches[size_t(i)];
+            if (!fileItem) // kept from an earlier read
+                fileItem = documentBranch(entries.at(i), filePath, document.data);
+            fileItem->setIcon(0, fileIcon);
+            tree.add(entries.at(i), fileItem);
+            m_documentItems.append(fileItem);
+        },
+        prepare);
     ui->projectTree->addTopLevelItems(tree.takeTopLevel());
     ui->projectTree->expandAll();
     m_collapsedNodes.clear();
@@ -611,8 +615,9 @@ void MainWindow::deleteItem(QTreeWidgetItem *item)
 
     switch (type) {
     case TypeFile:
-        if (QMessageBox::question(this, tr("Löschen"),
-                                  tr("Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)"))
+        if (QMessageBox::question(
+                this, tr("Löschen"),
+                tr("Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)"))
             != QMessageBox::Yes) {
             return;
         }
@@ -660,8 +665,9 @@ void MainWindow::on_actionNewProject_triggered()
         return;
 
     bool ok = false;
-    const QString name = QInputDialog::getText(this, tr("Neues Projekt"), tr("Projektname:"),
-                                               QLineEdit::Normal, QStringLiteral("MeinProjekt"), &ok);
+    const QString name =
+        QInputDialog::getText(this, tr("Neues Projekt"), tr("Projektname:"), QLineEdit::Normal,
+                              QStringLiteral("MeinProjekt"), &ok);
     if (!ok || name.isEmpty())
         return;
 
@@ -716,9 +722,8 @@ void MainWindow::on_actionNewFile_triggered()
         return;
     }
 
-    const QString path = QFileDialog::getSaveFileName(this, tr("Neue Datei"),
-                                                      m_projectManager.rootPath(),
-                                                      tr("Hilfe (*.zyhelp)"));
+    const QString path = QFileDialog::getSaveFileName(
+        this, tr("Neue Datei"), m_projectManager.rootPath(), tr("Hilfe (*.zyhelp)"));
     if (path.isEmpty())
         return;
 

@@ -32,8 +32,8 @@ bool readProjectList(const QString &path, QStringList *entries, QString *error)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("%1: cannot open the project file: %2")
-                     .arg(path, file.errorString());
+        *error =
+            QStringLiteral("%1: cannot open the project file: %2").arg(path, file.errorString());
         return false;
     }
     return ProjectFileReader::readList(&file, path, entries, error);
@@ -88,19 +88,21 @@ bool DocumentCollector::addProject(const QString &path)
     const QSet<QString> found(foundList.cbegin(), foundList.cend());
     QSet<QString> listedSet;
     for (const QString &entry : std::as_const(listed)) {
-        const QString relative = QDir::cleanPath(
-            QDir::isAbsolutePath(entry) ? root.relativeFilePath(entry) : entry);
+        const QString relative =
+            QDir::cleanPath(QDir::isAbsolutePath(entry) ? root.relativeFilePath(entry) : entry);
         listedSet.insert(relative);
         if (!found.contains(relative))
             m_findings.append(projectListFinding(
-                path, QStringLiteral("'%1' is listed but not found below the project folder")
-                          .arg(entry)));
+                path,
+                QStringLiteral("'%1' is listed but not found below the project folder")
+                    .arg(entry)));
     }
     for (const QString &relative : foundList) {
         if (!listedSet.contains(relative))
             m_findings.append(projectListFinding(
-                path, QStringLiteral("'%1' is found below the project folder but not listed")
-                          .arg(relative)));
+                path,
+                QStringLiteral("'%1' is found below the project folder but not listed")
+                    .arg(relative)));
     }
     return true;
 }

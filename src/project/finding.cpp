@@ -26,8 +26,8 @@ QString Finding::toText() const
 {
     const QString location =
         line > 0 ? QStringLiteral("%1:%2:%3").arg(path).arg(line).arg(column) : path;
-    return oneLine(QStringLiteral("%1: %2: %3 [%4]")
-                       .arg(location, severityName(severity), message, id));
+    return oneLine(
+        QStringLiteral("%1: %2: %3 [%4]").arg(location, severityName(severity), message, id));
 }
 
 } // namespace ZyHelp

@@ -13,7 +13,6 @@
 
 #include <algorithm>
 
-
 namespace ZyHelp {
 
 namespace Internal {
@@ -131,8 +130,8 @@ CandidateSet::CandidateSet(const QStringList &candidates)
         if (i == 0) {
             m_prefix = key;
         } else {
-            const auto differ = std::mismatch(m_prefix.cbegin(), m_prefix.cend(), key.cbegin(),
-                                              key.cend());
+            const auto differ =
+                std::mismatch(m_prefix.cbegin(), m_prefix.cend(), key.cbegin(), key.cend());
             m_prefix.truncate(differ.first - m_prefix.cbegin());
         }
     }
@@ -231,8 +230,8 @@ void ProjectManager::refreshFileList()
 
 void ProjectManager::addFileToProject(const QString &path)
 {
-    const QString entry = QFileInfo(path).isRelative() ? path
-                                                       : QDir(m_rootPath).relativeFilePath(path);
+    const QString entry =
+        QFileInfo(path).isRelative() ? path : QDir(m_rootPath).relativeFilePath(path);
     if (!m_files.contains(entry, Qt::CaseSensitive)) {
         m_files.append(entry);
         saveProject();
@@ -256,8 +255,8 @@ void ProjectManager::registerPathInGlobalConfig()
     if (m_rootPath.isEmpty()) // no project open: there is nothing to register
         return;
 
-    const QString listPath = QDir(QCoreApplication::applicationDirPath())
-                                 .filePath(QStringLiteral("Path"));
+    const QString listPath =
+        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("Path"));
 
     // The candidates are collected before the list is read, so that each line
     // is looked up among the few candidates instead of every line being kept

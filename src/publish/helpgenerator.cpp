@@ -51,12 +51,12 @@ bool HelpGenerator::run(const QString &qhpFile, const QString &qchFile)
     }
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0
         || !warnings.isEmpty()) {
-        m_errorString = QStringLiteral("qhelpgenerator failed on %1 (exit status %2)%3")
-                            .arg(qhpFile)
-                            .arg(process.exitCode())
-                            .arg(warnings.isEmpty()
-                                     ? QStringLiteral(": ") + output.trimmed()
-                                     : QStringLiteral(":\n  ") + warnings.join(u"\n  "));
+        m_errorString =
+            QStringLiteral("qhelpgenerator failed on %1 (exit status %2)%3")
+                .arg(qhpFile)
+                .arg(process.exitCode())
+                .arg(warnings.isEmpty() ? QStringLiteral(": ") + output.trimmed()
+                                        : QStringLiteral(":\n  ") + warnings.join(u"\n  "));
         return false;
     }
     return true;

@@ -48,8 +48,7 @@ QString HtmlPageWriter::folderUrl(int folder, const QString &up) const
 }
 
 // Style sheet and script lie in OUT/ for the site, in the language's folder for Qt Help.
-QString HtmlPageWriter::head(const QString &language, const QString &title,
-                             const QString &up) const
+QString HtmlPageWriter::head(const QString &language, const QString &title, const QString &up) const
 {
     const QString assets = m_target == Site ? up + QLatin1StringView("../") : up;
     return QStringLiteral("<!DOCTYPE html>\n<html lang=\"%1\">\n<head>\n<meta charset=\"utf-8\">\n"
@@ -111,8 +110,8 @@ FolderTree HtmlPageWriter::folderTree(int folder, const QString &language) const
 // Only the folders on the way to the current page are open; the others lead
 // to their place in the language's contents page, so that a page stays small
 // however large the project is.
-void HtmlPageWriter::addTreeFolder(int folder, const QList<int> &openFolders,
-                                   const QByteArray &up, FolderTree *tree) const
+void HtmlPageWriter::addTreeFolder(int folder, const QList<int> &openFolders, const QByteArray &up,
+                                   FolderTree *tree) const
 {
     const SiteFolder &f = m_model.folder(folder);
     if (f.folders.isEmpty() && f.pages.isEmpty())
@@ -140,14 +139,13 @@ void HtmlPageWriter::addTreeFolder(int folder, const QList<int> &openFolders,
 
 QByteArray HtmlPageWriter::documentPage(int document, const QString &language,
                                         const QString &textLanguage, const QByteArray &body,
-                                        const QList<PageLink> &links,
-                                        const FolderTree &tree) const
+                                        const QList<PageLink> &links, const FolderTree &tree) const
 {
     const SiteText &text = SiteText::forLanguage(language);
     const QString u = up(document);
     const QString url = SiteModel::url(m_model.pagePath(document)) + QLatin1StringView(".html");
-    const QByteArray start = (head(language, m_model.title(document), u)
-                              + banner(language, u, url)).toUtf8();
+    const QByteArray start =
+        (head(language, m_model.title(document), u) + banner(language, u, url)).toUtf8();
     const qsizetype mark = tree.marks.value(document);
 
     QString top = QStringLiteral("<main id=\"main\">\n<nav class=\"breadcrumbs\" "
@@ -187,8 +185,8 @@ QByteArray HtmlPageWriter::documentPage(int document, const QString &language,
     const int position = m_model.position(document);
     const QList<int> &order = m_model.order();
     if (order.size() > 1) {
-        bottom += QStringLiteral("<nav class=\"pager\" aria-label=\"%1\">\n<ul>\n")
-                      .arg(esc(text.pages));
+        bottom +=
+            QStringLiteral("<nav class=\"pager\" aria-label=\"%1\">\n<ul>\n").arg(esc(text.pages));
         if (position > 0)
             bottom += QStringLiteral("<li><a rel=\"prev\" href=\"%1\">\u2190 %2: %3</a></li>\n")
                           .arg(pageUrl(order.at(position - 1), u), esc(text.previous),

@@ -35,8 +35,8 @@ class HtmlPageWriter
 public:
     enum Target { Site, QtHelp };
 
-    HtmlPageWriter(const SiteModel &model, const QString &projectName,
-                   const QStringList &languages, Target target);
+    HtmlPageWriter(const SiteModel &model, const QString &projectName, const QStringList &languages,
+                   Target target);
 
     // Made once per folder and language: a page's tree is this one with its mark.
     FolderTree folderTree(int folder, const QString &language) const;

@@ -5,7 +5,6 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
-
 using namespace ZyHelp;
 using namespace ZyHelp::Publish;
 using namespace ZyHelp::CommandLine;

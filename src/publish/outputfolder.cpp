@@ -32,8 +32,8 @@ bool OutputFolder::prepare()
     m_dir = std::make_unique<QTemporaryDir>(
         parent.filePath() + QStringLiteral("/.%1.new-XXXXXX").arg(info.fileName()));
     if (!m_dir->isValid()) {
-        m_errorString = QStringLiteral("%1: cannot write beside it: %2")
-                            .arg(m_out, m_dir->errorString());
+        m_errorString =
+            QStringLiteral("%1: cannot write beside it: %2").arg(m_out, m_dir->errorString());
         return false;
     }
     // A temporary folder is private; the output is to be read by others as

@@ -59,11 +59,21 @@ void PageBody::appendEscaped(QStringView text, QString *out)
         const char16_t c = text.at(i).unicode();
         QLatin1StringView replacement;
         switch (c) {
-        case '&': replacement = QLatin1StringView("&amp;"); break;
-        case '<': replacement = QLatin1StringView("&lt;"); break;
-        case '>': replacement = QLatin1StringView("&gt;"); break;
-        case '"': replacement = QLatin1StringView("&quot;"); break;
-        case '\'': replacement = QLatin1StringView("&#39;"); break;
+        case '&':
+            replacement = QLatin1StringView("&amp;");
+            break;
+        case '<':
+            replacement = QLatin1StringView("&lt;");
+            break;
+        case '>':
+            replacement = QLatin1StringView("&gt;");
+            break;
+        case '"':
+            replacement = QLatin1StringView("&quot;");
+            break;
+        case '\'':
+            replacement = QLatin1StringView("&#39;");
+            break;
         default:
             // Control characters other than tab and line breaks are no HTML text.
             if (c >= 0x20 || c == u'\t' || c == u'\n')

@@ -145,15 +145,14 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
         for (const QString &language : content.languages)
             ++documentsPerLanguage[language];
         if (content.status.outcome == ParseStatus::Unreadable)
-            m_findings.append(Finding{path, 0, 0, Finding::Error, QStringLiteral("unreadable"),
-                                      QStringLiteral("cannot open the file: %1")
-                                          .arg(content.status.errorString)});
-        else if (content.status.outcome == ParseStatus::Faulty)
             m_findings.append(Finding{
-                path, content.status.line, content.status.column, Finding::Error,
-                QStringLiteral("xml"),
-                QStringLiteral("faulty XML, published up to here: %1")
-                    .arg(content.status.errorString)});
+                path, 0, 0, Finding::Error, QStringLiteral("unreadable"),
+                QStringLiteral("cannot open the file: %1").arg(content.status.errorString)});
+        else if (content.status.outcome == ParseStatus::Faulty)
+            m_findings.append(Finding{path, content.status.line, content.status.column,
+                                      Finding::Error, QStringLiteral("xml"),
+                                      QStringLiteral("faulty XML, published up to here: %1")
+                                          .arg(content.status.errorString)});
         for (const PageLink &link : content.links) {
             if (link.target < 0)
                 m_findings.append(Finding{
@@ -171,8 +170,8 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
     QStringList languages;
     for (const QString &language : m_options.languages) {
         if (!usableKey(language) || !documentsPerLanguage.contains(language)) {
-            m_errorString = QStringLiteral("--languages: no document has the language '%1'")
-                                .arg(language);
+            m_errorString =
+                QStringLiteral("--languages: no document has the language '%1'").arg(language);
             return UsageError;
         }
         languages.append(language);
@@ -188,8 +187,8 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
         return Failed;
     }
     if (!m_options.fallback.isEmpty() && !documentsPerLanguage.contains(m_options.fallback)) {
-        m_errorString = QStringLiteral("--fallback: no document has the language '%1'")
-                            .arg(m_options.fallback);
+        m_errorString =
+            QStringLiteral("--fallback: no document has the language '%1'").arg(m_options.fallback);
         return UsageError;
     }
     const QString fallback =
@@ -199,8 +198,8 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
     QTemporaryDir staging;
     const QString root = site ? output.path() : staging.path();
     if (!site && !staging.isValid()) {
-        m_errorString = QStringLiteral("cannot make a temporary folder: %1")
-                            .arg(staging.errorString());
+        m_errorString =
+            QStringLiteral("cannot make a temporary folder: %1").arg(staging.errorString());
         return Failed;
     }
     const HtmlPageWriter writer(model, m_projectName, languages,
@@ -238,9 +237,8 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
                         if (site)
                             words.insert(shown, PageBody::searchWords(model.title(i), text));
                     }
-                    const QByteArray html =
-                        writer.documentPage(i, language, shown, bodies.value(shown),
-                                            facts.at(i).links, trees.at(l));
+                    const QByteArray html = writer.documentPage(
+                        i, language, shown, bodies.value(shown), facts.at(i).links, trees.at(l));
                     result.ok = writeFile(root + u'/' + language + u'/' + model.pagePath(i)
                                               + QLatin1StringView(".html"),
                                           html)
@@ -275,26 +273,29 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
 // Per language the contents page and, for the site, the search page and its
 // index; for Qt Help the style sheet. The site's shared files lie in root.
 bool Publisher::writeLanguageFiles(const SiteModel &model, const HtmlPageWriter &writer,
-                                   const QStringList &languages,
-                                   const QList<WrittenPages> &written, const QString &root) const
+                                   const QStringList &languages, const QList<WrittenPages> &written,
+                                   const QString &root) const
 {
     const bool site = m_options.format == PublishOptions::Html;
     bool ok = true;
     for (qsizetype l = 0; l < languages.size(); ++l) {
         const QString folder = root + u'/' + languages.at(l);
-        ok = ok && writeFile(folder + QLatin1StringView("/index.html"),
-                             writer.contentsPage(languages.at(l)));
+        ok = ok
+            && writeFile(folder + QLatin1StringView("/index.html"),
+                         writer.contentsPage(languages.at(l)));
         if (site) {
             SearchIndexWriter index;
             for (int document : model.order())
                 index.add(model.pageUrl(document), model.title(document),
                           written.at(document).words.at(l));
-            ok = ok && writeFile(folder + QLatin1StringView("/search.html"),
-                                 writer.searchPage(languages.at(l)))
+            ok = ok
+                && writeFile(folder + QLatin1StringView("/search.html"),
+                             writer.searchPage(languages.at(l)))
                 && writeFile(folder + QLatin1StringView("/search-index.js"), index.script());
         } else {
-            ok = ok && writeFile(folder + QLatin1StringView("/style.css"),
-                                 resource(QStringLiteral("help.css")));
+            ok = ok
+                && writeFile(folder + QLatin1StringView("/style.css"),
+                             resource(QStringLiteral("help.css")));
         }
     }
     if (site) {
@@ -324,8 +325,8 @@ bool Publisher::compileQtHelp(const SiteModel &model, const QStringList &languag
                 QStringLiteral("%1: %2").arg(qhpFile, faults.join(QLatin1StringView("; ")));
             return false;
         }
-        if (!writeFile(qhpFile, qhp.project({QStringLiteral("index.html"),
-                                             QStringLiteral("style.css")}))) {
+        if (!writeFile(qhpFile,
+                       qhp.project({QStringLiteral("index.html"), QStringLiteral("style.css")}))) {
             m_errorString = QStringLiteral("%1: cannot write the file").arg(qhpFile);
             return false;
         }

@@ -47,7 +47,6 @@ public:
     // Why the run stopped, where it did.
     QString errorString() const { return m_errorString; }
 
-
 private:
     bool writeLanguageFiles(const SiteModel &model, const HtmlPageWriter &writer,
                             const QStringList &languages, const QList<WrittenPages> &written,

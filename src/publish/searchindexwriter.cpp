@@ -8,8 +8,8 @@ namespace ZyHelp::Publish {
 void SearchIndexWriter::add(const QString &url, const QString &title, const QByteArray &words)
 {
     const QJsonArray entry{url, title, QString::fromUtf8(words)};
-    m_entries += (m_entries.isEmpty() ? "\n" : ",\n")
-        + QJsonDocument(entry).toJson(QJsonDocument::Compact);
+    m_entries +=
+        (m_entries.isEmpty() ? "\n" : ",\n") + QJsonDocument(entry).toJson(QJsonDocument::Compact);
 }
 
 QByteArray SearchIndexWriter::script() const

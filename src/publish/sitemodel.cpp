@@ -27,11 +27,11 @@ SiteModel::SiteModel(const QList<DocumentEntry> &documents)
             pageByKey.insert(key, i);
             continue;
         }
-        m_collisions.append(Finding{
-            documents.at(i).displayPath, 0, 0, Finding::Error, QStringLiteral("page-name"),
-            QStringLiteral("its page '%1.html' collides with that of '%2' on a disk that "
-                           "ignores case")
-                .arg(path, documents.at(first.value()).displayPath)});
+        m_collisions.append(
+            Finding{documents.at(i).displayPath, 0, 0, Finding::Error, QStringLiteral("page-name"),
+                    QStringLiteral("its page '%1.html' collides with that of '%2' on a disk that "
+                                   "ignores case")
+                        .arg(path, documents.at(first.value()).displayPath)});
     }
 
     for (SiteFolder &folder : m_folders) {

@@ -43,8 +43,8 @@ bool parseUnitId(const QString &id, QString *relativePath, UnitPlace *place)
     const QStringView kind = rest.mid(slash + 1);
     if (number > 100000 || (kind != u"name" && kind != u"content"))
         return false;
-    *place = UnitPlace{kind == u"name" ? UnitPlace::Name : UnitPlace::Content,
-                       qsizetype(number - 1)};
+    *place =
+        UnitPlace{kind == u"name" ? UnitPlace::Name : UnitPlace::Content, qsizetype(number - 1)};
     return true;
 }
 

@@ -5,8 +5,8 @@
 #include "xliffwriter.h"
 
 #include <QBuffer>
-#include <QtEndian>
 #include <QtConcurrent/QtConcurrentMap>
+#include <QtEndian>
 
 #include <algorithm>
 #include <cstring>
@@ -59,8 +59,8 @@ QByteArrayView documentOf(QByteArrayView id)
 
 bool EarlierTranslations::read(const QString &path, Catalog *header, QString *error)
 {
-    const bool read = CatalogFile::read(path, header, error,
-                                        [this](TranslationUnit &&unit) { add(unit); });
+    const bool read =
+        CatalogFile::read(path, header, error, [this](TranslationUnit &&unit) { add(unit); });
     pack();
     return read;
 }
@@ -167,8 +167,8 @@ QStringList exportCatalog(const QList<DocumentEntry> &documents, const Catalog &
                                .arg(status.errorString);
             return result;
         }
-        QList<TranslationUnit> units = documentUnits(data, entry.relativePath,
-                                                     header.sourceLanguage, header.targetLanguage);
+        QList<TranslationUnit> units =
+            documentUnits(data, entry.relativePath, header.sourceLanguage, header.targetLanguage);
         if (earlier)
             earlier->merge(&units);
         QBuffer buffer(&result.bytes);

@@ -41,8 +41,9 @@ QString notPlaced(const QString &catalogPath, const TranslationUnit &unit, bool 
     return QStringLiteral("%1:%2: warning: %3: %4; not applied")
         .arg(catalogPath)
         .arg(unit.line)
-        .arg(unit.id, validId ? QStringLiteral("no document of this run has this path")
-                              : QStringLiteral("not a unit id of zyhelptranslate"));
+        .arg(unit.id,
+             validId ? QStringLiteral("no document of this run has this path")
+                     : QStringLiteral("not a unit id of zyhelptranslate"));
 }
 
 JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogPath, bool dryRun,
@@ -50,10 +51,11 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
 {
     JobResult result;
     const auto warn = [&](const TranslationUnit &unit, const QString &message) {
-        result.messages.append({unit.line, QStringLiteral("%1:%2: warning: %3: %4")
-                                               .arg(catalogPath)
-                                               .arg(unit.line)
-                                               .arg(unit.id, message)});
+        result.messages.append({unit.line,
+                                QStringLiteral("%1:%2: warning: %3: %4")
+                                    .arg(catalogPath)
+                                    .arg(unit.line)
+                                    .arg(unit.id, message)});
         ++result.lost;
     };
     // The reading thread placed the units by the path in their ids only.
@@ -80,8 +82,10 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
     const HelpData data = HelpParser().parse(job.entry->filePath, &status);
     if (status.outcome != ParseStatus::Complete) {
         const QString where = status.outcome == ParseStatus::Faulty
-            ? QStringLiteral("%1:%2:%3").arg(job.entry->displayPath).arg(status.line).arg(
-                status.column)
+            ? QStringLiteral("%1:%2:%3")
+                  .arg(job.entry->displayPath)
+                  .arg(status.line)
+                  .arg(status.column)
             : job.entry->displayPath;
         result.messages.append(
             {units.first().unit.line,
@@ -103,27 +107,31 @@ JobResult runJob(const Job &job, const Catalog &catalog, const QString &catalogP
             continue;
         const QString *today = source == data.languages.cend() ? nullptr : textAt(*source, place);
         if (!today) {
-            warn(*unit, QStringLiteral("stale: the document has no such text in '%1' any more; "
-                                       "not applied")
-                            .arg(catalog.sourceLanguage));
+            warn(*unit,
+                 QStringLiteral("stale: the document has no such text in '%1' any more; "
+                                "not applied")
+                     .arg(catalog.sourceLanguage));
             continue;
         }
         if (*today != unit->source) {
-            warn(*unit, QStringLiteral("stale: the source text is not the one translated (a "
-                                       "section inserted, deleted, moved or edited since the "
-                                       "export); not applied"));
+            warn(*unit,
+                 QStringLiteral("stale: the source text is not the one translated (a "
+                                "section inserted, deleted, moved or edited since the "
+                                "export); not applied"));
             continue;
         }
         if (unit->target.startsWith(u'\n') != unit->source.startsWith(u'\n')
             || unit->target.endsWith(u'\n') != unit->source.endsWith(u'\n')) {
-            warn(*unit, QStringLiteral("the translation and its source differ in a leading or "
-                                       "trailing line break (msgfmt -c rejects this); not "
-                                       "applied"));
+            warn(*unit,
+                 QStringLiteral("the translation and its source differ in a leading or "
+                                "trailing line break (msgfmt -c rejects this); not "
+                                "applied"));
             continue;
         }
         if (hasNonXmlCharacter(unit->target)) {
-            warn(*unit, QStringLiteral("the translation holds a character that a document "
-                                       "cannot hold; not applied"));
+            warn(*unit,
+                 QStringLiteral("the translation holds a character that a document "
+                                "cannot hold; not applied"));
             continue;
         }
         // Documents hold their texts trimmed: a translation is applied as it reads back.
@@ -314,11 +322,11 @@ bool importFile(const QString &path, const QList<DocumentEntry> &documents, bool
             importer.emplace(languages, path, documents, dryRun, &gate);
     };
     QString readError;
-    const bool read = CatalogFile::readEncoded(path, &languages, &readError,
-                                               [&](EncodedUnit &&unit) {
-                                                   start();
-                                                   importer->add(std::move(unit));
-                                               });
+    const bool read =
+        CatalogFile::readEncoded(path, &languages, &readError, [&](EncodedUnit &&unit) {
+            start();
+            importer->add(std::move(unit));
+        });
     ImportResult applied;
     if (read) {
         start();

@@ -8,8 +8,8 @@
 #include <QHash>
 #include <QMutex>
 #include <QSet>
-#include <QWaitCondition>
 #include <QStringList>
+#include <QWaitCondition>
 
 namespace ZyHelp::Translate {
 

@@ -55,8 +55,8 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
     if (target == source)
         return usageError(QStringLiteral("--target is the source language '%1'").arg(source));
     if (!output.isEmpty() && CatalogFile::formatOf(output) == CatalogFile::Unknown)
-        return usageError(QStringLiteral("%1: the name must end in .po, .pot, .xlf or .xliff")
-                              .arg(output));
+        return usageError(
+            QStringLiteral("%1: the name must end in .po, .pot, .xlf or .xliff").arg(output));
     QList<DocumentEntry> documents;
     if (!collect(paths, &documents))
         return UsageError;
@@ -75,9 +75,9 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
             return UsageError;
         }
         if (before.sourceLanguage != source || before.targetLanguage != target)
-            return usageError(QStringLiteral("%1 translates '%2' to '%3', not '%4' to '%5'")
-                                  .arg(output, before.sourceLanguage, before.targetLanguage,
-                                       source, target));
+            return usageError(
+                QStringLiteral("%1 translates '%2' to '%3', not '%4' to '%5'")
+                    .arg(output, before.sourceLanguage, before.targetLanguage, source, target));
         header.translatorFields = before.translatorFields;
     }
 
@@ -89,10 +89,10 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
         device = &standardOutput;
     if (output.isEmpty() ? !standardOutput.open(stdout, QIODevice::WriteOnly)
                          : !file.open(QIODevice::WriteOnly)) {
-        write(stderr, QStringLiteral("%1: error: cannot write: %2\n")
-                          .arg(output.isEmpty() ? QStringLiteral("stdout") : output,
-                               device->errorString())
-                          .toUtf8());
+        write(stderr,
+              QStringLiteral("%1: error: cannot write: %2\n")
+                  .arg(output.isEmpty() ? QStringLiteral("stdout") : output, device->errorString())
+                  .toUtf8());
         return Failed;
     }
     const QStringList errors =
@@ -100,9 +100,10 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
                       output.isEmpty() ? CatalogFile::Po : CatalogFile::formatOf(output), device);
     printLines(stderr, errors);
     if (!output.isEmpty() && !file.commit()) {
-        write(stderr, QStringLiteral("%1: error: cannot write: %2\n")
-                          .arg(output, file.errorString())
-                          .toUtf8());
+        write(stderr,
+              QStringLiteral("%1: error: cannot write: %2\n")
+                  .arg(output, file.errorString())
+                  .toUtf8());
         return Failed;
     }
     return errors.isEmpty() ? Passed : Failed;
@@ -114,8 +115,7 @@ int runImport(const QCommandLineParser &parser, const QStringList &arguments)
         return usageError(QStringLiteral("import needs a translation FILE and a PATH"));
     const QString file = arguments.first();
     if (CatalogFile::formatOf(file) == CatalogFile::Unknown)
-        return usageError(
-            QStringLiteral("%1: the name must end in .po, .xlf or .xliff").arg(file));
+        return usageError(QStringLiteral("%1: the name must end in .po, .xlf or .xliff").arg(file));
     QList<DocumentEntry> documents;
     if (!collect(arguments.mid(1), &documents))
         return UsageError;
@@ -128,14 +128,15 @@ int runImport(const QCommandLineParser &parser, const QStringList &arguments)
     printLines(stderr, result.messages);
     printLines(stdout, result.changes);
     const qsizetype written = result.changes.size();
-    write(stdout, QStringLiteral("%1 translations in place, %2 not applied, %3 %4 %5\n")
-                      .arg(result.applied)
-                      .arg(result.lost)
-                      .arg(written)
-                      .arg(written == 1 ? QStringLiteral("document") : QStringLiteral("documents"))
-                      .arg(parser.isSet(QStringLiteral("dry-run")) ? QStringLiteral("to write")
-                                                                   : QStringLiteral("written"))
-                      .toUtf8());
+    write(stdout,
+          QStringLiteral("%1 translations in place, %2 not applied, %3 %4 %5\n")
+              .arg(result.applied)
+              .arg(result.lost)
+              .arg(written)
+              .arg(written == 1 ? QStringLiteral("document") : QStringLiteral("documents"))
+              .arg(parser.isSet(QStringLiteral("dry-run")) ? QStringLiteral("to write")
+                                                           : QStringLiteral("written"))
+              .toUtf8());
     return result.lost > 0 ? Failed : Passed;
 }
 
@@ -152,8 +153,8 @@ int runStatus(const QCommandLineParser &parser, const QStringList &paths)
         return UsageError;
     const Statistics statistics = countUnits(documents, source);
     printLines(stderr, statistics.errors);
-    write(stdout, format == u"json" ? jsonStatistics(statistics)
-                                    : textStatistics(statistics).toUtf8());
+    write(stdout,
+          format == u"json" ? jsonStatistics(statistics) : textStatistics(statistics).toUtf8());
     return statistics.errors.isEmpty() ? Passed : Failed;
 }
 
@@ -183,7 +184,8 @@ int main(int argc, char **argv)
          QStringLiteral("The language translated into; without it, export writes a template."),
          QStringLiteral("key")},
         {{QStringLiteral("o"), QStringLiteral("output")},
-         QStringLiteral("The file export writes (and merges with)."), QStringLiteral("FILE")},
+         QStringLiteral("The file export writes (and merges with)."),
+         QStringLiteral("FILE")},
         {QStringLiteral("dry-run"),
          QStringLiteral("Import: report what would change and write nothing.")},
         {QStringLiteral("format"), QStringLiteral("Status as text (default) or json."),

@@ -51,8 +51,10 @@ qsizetype invalidUtf8(const QByteArray &text)
             ++i;
             continue;
         }
-        const int length = c >= 0xC2 && c <= 0xDF ? 2 : c >= 0xE0 && c <= 0xEF ? 3
-            : c >= 0xF0 && c <= 0xF4 ? 4 : 0;
+        const int length = c >= 0xC2 && c <= 0xDF ? 2
+            : c >= 0xE0 && c <= 0xEF              ? 3
+            : c >= 0xF0 && c <= 0xF4              ? 4
+                                                  : 0;
         if (length == 0 || i + length > size)
             return i;
         const uchar second = uchar(text.at(i + 1));
@@ -72,8 +74,7 @@ qsizetype invalidUtf8(const QByteArray &text)
 class Parser
 {
 public:
-    Parser(Catalog *catalog, ReadError *error,
-           const std::function<void(TranslationUnit &&)> &sink,
+    Parser(Catalog *catalog, ReadError *error, const std::function<void(TranslationUnit &&)> &sink,
            const std::function<void(EncodedUnit &&)> &encodedSink, bool keepUnits = true)
         : m_catalog(catalog)
         , m_error(error)
@@ -177,8 +178,7 @@ bool Parser::string(const QByteArray &text, qsizetype from, QByteArray *out)
 bool Parser::keyword(const QByteArray &text, qsizetype from, bool previous)
 {
     qsizetype end = from;
-    while (end < text.size() && text.at(end) != ' ' && text.at(end) != '\t'
-           && text.at(end) != '"')
+    while (end < text.size() && text.at(end) != ' ' && text.at(end) != '\t' && text.at(end) != '"')
         ++end;
     const QByteArrayView word(text.constData() + from, end - from);
     if (previous) {
@@ -220,8 +220,8 @@ bool Parser::keyword(const QByteArray &text, qsizetype from, bool previous)
         const bool first = !m_entry.hasTranslation;
         m_entry.hasTranslation = true;
         m_ignored.clear();
-        m_current = (word == "msgstr" || word == "msgstr[0]") && first ? &m_entry.translation
-                                                                       : &m_ignored;
+        m_current =
+            (word == "msgstr" || word == "msgstr[0]") && first ? &m_entry.translation : &m_ignored;
     } else {
         return fail(from + 1, QStringLiteral("unknown keyword '%1'").arg(QString::fromUtf8(word)));
     }
@@ -233,8 +233,9 @@ bool Parser::line(const QByteArray &text, qint64 number)
 {
     m_line = number;
     if (number == 1 && text.startsWith("\xEF\xBB\xBF"))
-        return fail(1, QStringLiteral("the file starts with a byte-order mark; PO files are "
-                                      "UTF-8 without one"));
+        return fail(1,
+                    QStringLiteral("the file starts with a byte-order mark; PO files are "
+                                   "UTF-8 without one"));
     if (const qsizetype bad = invalidUtf8(text); bad >= 0)
         return fail(bad + 1, QStringLiteral("not UTF-8"));
     qsizetype i = 0;
@@ -325,8 +326,8 @@ bool Parser::endEntry()
         Entry &entry;
         ~Reset()
         {
-            for (QByteArray *text : {&entry.context, &entry.id, &entry.translation,
-                                     &entry.previousId})
+            for (QByteArray *text :
+                 {&entry.context, &entry.id, &entry.translation, &entry.previousId})
                 text->resize(0);
             entry.hasContext = entry.hasId = entry.hasTranslation = false;
             entry.plural = entry.fuzzy = entry.obsolete = entry.byteEscapes = false;
@@ -356,8 +357,8 @@ bool Parser::endEntry()
     }
     // Octal and hexadecimal escapes give bytes, so their strings are checked
     // again; the lines were checked as they were read.
-    for (const QByteArray *text : {&entry.context, &entry.id, &entry.translation,
-                                   &entry.previousId}) {
+    for (const QByteArray *text :
+         {&entry.context, &entry.id, &entry.translation, &entry.previousId}) {
         if (entry.byteEscapes && invalidUtf8(*text) >= 0)
             return fail(1, QStringLiteral("an escape gives a string that is not UTF-8"));
     }
@@ -366,9 +367,10 @@ bool Parser::endEntry()
         return sendEncoded();
     const auto seen = m_ids.constFind(entry.context);
     if (seen != m_ids.cend())
-        return fail(1, QStringLiteral("the id '%1' was given before, on line %2")
-                           .arg(QString::fromUtf8(entry.context))
-                           .arg(seen.value()));
+        return fail(1,
+                    QStringLiteral("the id '%1' was given before, on line %2")
+                        .arg(QString::fromUtf8(entry.context))
+                        .arg(seen.value()));
     m_ids.insert(keep(entry.context), entry.line);
     if (!m_keepUnits)
         return true;

@@ -29,16 +29,35 @@ void appendEscaped(const QString &text, QByteArray *out)
     out->append(utf8.cbegin(), run - utf8.cbegin());
     while (run != utf8.cend()) {
         switch (*run) {
-        case '\\': *out += "\\\\"; break;
-        case '"': *out += "\\\""; break;
-        case '\n': *out += "\\n"; break;
-        case '\t': *out += "\\t"; break;
-        case '\r': *out += "\\r"; break;
-        case '\a': *out += "\\a"; break;
-        case '\b': *out += "\\b"; break;
-        case '\f': *out += "\\f"; break;
-        case '\v': *out += "\\v"; break;
-        default: *out += *run;
+        case '\\':
+            *out += "\\\\";
+            break;
+        case '"':
+            *out += "\\\"";
+            break;
+        case '\n':
+            *out += "\\n";
+            break;
+        case '\t':
+            *out += "\\t";
+            break;
+        case '\r':
+            *out += "\\r";
+            break;
+        case '\a':
+            *out += "\\a";
+            break;
+        case '\b':
+            *out += "\\b";
+            break;
+        case '\f':
+            *out += "\\f";
+            break;
+        case '\v':
+            *out += "\\v";
+            break;
+        default:
+            *out += *run;
         }
         const auto next = std::find_if(run + 1, utf8.cend(), special);
         out->append(run + 1, next - run - 1);

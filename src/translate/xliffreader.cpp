@@ -10,8 +10,7 @@ namespace {
 
 bool isTranslatedState(QStringView state)
 {
-    return state.isEmpty() || state == u"translated" || state == u"final"
-        || state == u"signed-off";
+    return state.isEmpty() || state == u"translated" || state == u"final" || state == u"signed-off";
 }
 
 } // namespace
@@ -21,8 +20,9 @@ bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
 {
     if (device->peek(3) == "\xEF\xBB\xBF" || device->peek(2) == "\xFF\xFE"
         || device->peek(2) == "\xFE\xFF") {
-        *error = ReadError{1, 1, QStringLiteral("the file starts with a byte-order mark; "
-                                                "translations are read as UTF-8 without one")};
+        *error = ReadError{1, 1,
+                           QStringLiteral("the file starts with a byte-order mark; "
+                                          "translations are read as UTF-8 without one")};
         return false;
     }
     QXmlStreamReader xml(device);
@@ -65,10 +65,10 @@ bool XliffReader::read(QIODevice *device, Catalog *catalog, ReadError *error,
                 const QString target = a.value(QLatin1StringView("target-language")).toString();
                 if (haveLanguages
                     && (source != catalog->sourceLanguage || target != catalog->targetLanguage))
-                    return fail(QStringLiteral("this <file> translates '%1' to '%2', the first "
-                                               "one '%3' to '%4'")
-                                    .arg(source, target, catalog->sourceLanguage,
-                                         catalog->targetLanguage));
+                    return fail(
+                        QStringLiteral("this <file> translates '%1' to '%2', the first "
+                                       "one '%3' to '%4'")
+                            .arg(source, target, catalog->sourceLanguage, catalog->targetLanguage));
                 catalog->sourceLanguage = source;
                 catalog->targetLanguage = target;
                 haveLanguages = true;

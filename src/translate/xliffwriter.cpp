@@ -72,8 +72,8 @@ void XliffWriter::writeDocument(const QList<TranslationUnit> &units)
     bool plain = plainAttribute(units.first().document) && plainAttribute(m_sourceLanguage)
         && plainAttribute(m_targetLanguage);
     for (const TranslationUnit &unit : units) {
-        plain = plain && plainAttribute(unit.id) && plainText(unit.source)
-            && plainText(unit.target) && plainText(unit.note) && plainText(unit.previousSource);
+        plain = plain && plainAttribute(unit.id) && plainText(unit.source) && plainText(unit.target)
+            && plainText(unit.note) && plainText(unit.previousSource);
     }
     if (!plain) {
         writeDocumentXml(units);
@@ -144,9 +144,9 @@ void XliffWriter::writeDocumentXml(const QList<TranslationUnit> &units)
         textElement(QStringLiteral("source"), unit.source);
         if (!m_targetLanguage.isEmpty() && !unit.target.isEmpty()) {
             xml.writeStartElement(QStringLiteral("target"));
-            xml.writeAttribute(QStringLiteral("state"), unit.fuzzy
-                                   ? QStringLiteral("needs-adaptation")
-                                   : QStringLiteral("translated"));
+            xml.writeAttribute(QStringLiteral("state"),
+                               unit.fuzzy ? QStringLiteral("needs-adaptation")
+                                          : QStringLiteral("translated"));
             writeXmlText(xml, unit.target);
             xml.writeEndElement();
         }

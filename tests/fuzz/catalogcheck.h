@@ -35,8 +35,11 @@ void expectReadBack(const Catalog &first, const QByteArray &written, Catalog *se
 {
     ReadError error;
     if (!read<Reader>(written, second, &error))
-        fail("the written file is refused", QStringLiteral("%1:%2: %3\n%4").arg(error.line)
-                 .arg(error.column).arg(error.message, QString::fromUtf8(written)));
+        fail("the written file is refused",
+             QStringLiteral("%1:%2: %3\n%4")
+                 .arg(error.line)
+                 .arg(error.column)
+                 .arg(error.message, QString::fromUtf8(written)));
     const QList<QStringList> read = fields(first);
     const QList<QStringList> back = fields(*second);
     for (qsizetype i = 0; i < std::max(read.size(), back.size()); ++i)

@@ -24,9 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     input.seek(0);
     Catalog encoded;
-    if (!PoReader().readEncoded(&input, &encoded, &error, [&](EncodedUnit &&unit) {
-            encoded.units.append(unit.decoded());
-        }) || Fuzz::fields(encoded) != Fuzz::fields(first))
+    if (!PoReader().readEncoded(&input, &encoded, &error,
+                                [&](EncodedUnit &&unit) { encoded.units.append(unit.decoded()); })
+        || Fuzz::fields(encoded) != Fuzz::fields(first))
         Fuzz::fail("readEncoded() and read() disagree", error.message);
 
     // gettext keeps the previous source of fuzzy entries only, and so does the writer.

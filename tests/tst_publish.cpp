@@ -65,7 +65,7 @@ QSet<QString> TestPublish::modes(const QString &folder)
     for (QString path = folder; !path.isEmpty(); path = it.hasNext() ? it.next() : QString()) {
         struct stat status;
         if (::stat(QFile::encodeName(path).constData(), &status) == 0)
-            found.insert(QStringLiteral("%1 %2")
+            found.insert(QString("%1 %2")
                              .arg(S_ISDIR(status.st_mode) ? "d" : "f")
                              .arg(status.st_mode & 0777, 0, 8));
     }
@@ -102,19 +102,18 @@ QMap<QString, QByteArray> TestPublish::tree(const QString &folder)
 
 void TestPublish::site()
 {
-    const QString out = m_dir.filePath(QStringLiteral("site"));
+    const QString out = m_dir.filePath("site");
     QByteArray errors;
-    QCOMPARE(publish({QStringLiteral("-o"), out, m_data + QStringLiteral("/site")}, &errors), 0);
+    QCOMPARE(publish({"-o", out, m_data + "/site"}, &errors), 0);
     QCOMPARE(errors,
              QByteArray(ZY_PUBLISH_DATA "/site/start.zyhelp: warning: link 'fehlt' names "
                                         "no document of this check [dangling-link]\n"));
 
     // The pages that show escaping, paragraphs, links, fallback and tree, byte for byte.
-    const QString expected = m_data + QStringLiteral("/expected/");
-    QCOMPARE(Test::readFile(out + QStringLiteral("/de/start.html")),
-             Test::readFile(expected + QStringLiteral("start.html")));
-    QCOMPARE(Test::readFile(out + QStringLiteral("/en/kapitel/Über Straße.html")),
-             Test::readFile(expected + QStringLiteral("fallback.html")));
+    const QString expected = m_data + "/expected/";
+    QCOMPARE(Test::readFile(out + "/de/start.html"), Test::readFile(expected + "start.html"));
+    QCOMPARE(Test::readFile(out + "/en/kapitel/Über Straße.html"),
+             Test::readFile(expected + "fallback.html"));
 
     const QMap<QString, QByteArray> files = tree(out);
     QCOMPARE(files.size(), 15); // 3 in OUT; per language 4, and 2 pages in kapitel/
@@ -123,51 +122,46 @@ void TestPublish::site()
         if (it.key().endsWith(u".html"))
             pages.append(out + u'/' + it.key());
     }
-    QCOMPARE(modes(out), QSet<QString>({QStringLiteral("d 755"), QStringLiteral("f 644")}));
+    QCOMPARE(modes(out), QSet<QString>({"d 755", "f 644"}));
 
     // A second run gives the same bytes, with the modes of its umask.
     ::umask(027);
-    const QString again = m_dir.filePath(QStringLiteral("again"));
-    QCOMPARE(publish({QStringLiteral("-o"), again, m_data + QStringLiteral("/site")}), 0);
+    const QString again = m_dir.filePath("again");
+    QCOMPARE(publish({"-o", again, m_data + "/site"}), 0);
     ::umask(022);
     QCOMPARE(tree(again), files);
-    QCOMPARE(modes(again), QSet<QString>({QStringLiteral("d 750"), QStringLiteral("f 640")}));
+    QCOMPARE(modes(again), QSet<QString>({"d 750", "f 640"}));
 
     for (const QString &page : std::as_const(pages)) {
         QByteArray output;
         // 1: warnings only (tidy calls aria-current proprietary); 2: errors.
-        const int status = tool(QStringLiteral("tidy"),
-                                {QStringLiteral("-e"), QStringLiteral("-q"), page}, &output);
+        const int status = tool("tidy", {"-e", "-q", page}, &output);
         QVERIFY2(status == 0 || status == 1, qPrintable(page + u'\n' + QString::fromUtf8(output)));
     }
 
     // linkchecker's anchor check is a plugin, switched on in its configuration.
-    const QString config = m_dir.filePath(QStringLiteral("linkcheckerrc"));
+    const QString config = m_dir.filePath("linkcheckerrc");
     Test::writeFile(config, "[AnchorCheck]\n");
     QByteArray output;
-    QCOMPARE(tool(QStringLiteral("linkchecker"),
-                  {QStringLiteral("-f"), config, QStringLiteral("--no-status"),
-                   QUrl::fromLocalFile(out + QStringLiteral("/index.html")).toString()},
-                  &output),
-             0);
+    QCOMPARE(
+        tool("linkchecker",
+             {"-f", config, "--no-status", QUrl::fromLocalFile(out + "/index.html").toString()},
+             &output),
+        0);
 
     // The search from file://, after its scripts ran: one page holds the word.
-    QString chromium = QStandardPaths::findExecutable(QStringLiteral("chromium-headless-shell"));
+    QString chromium = QStandardPaths::findExecutable("chromium-headless-shell");
     if (chromium.isEmpty())
-        chromium = QStringLiteral("/usr/lib/chromium/chromium-headless-shell");
-    QUrl search = QUrl::fromLocalFile(out + QStringLiteral("/de/search.html"));
-    search.setQuery(QStringLiteral("q=ZEBRA"));
-    QVERIFY(
-        tool(chromium,
-             {QStringLiteral("--no-sandbox"), QStringLiteral("--disable-gpu"),
-              QStringLiteral("--no-first-run"), QStringLiteral("--disable-background-networking"),
-              QStringLiteral("--disable-component-update"), QStringLiteral("--disable-sync"),
-              QStringLiteral("--disable-dev-shm-usage"),
-              QStringLiteral("--user-data-dir=") + m_dir.filePath(QStringLiteral("chromium")),
-              QStringLiteral("--virtual-time-budget=5000"), QStringLiteral("--dump-dom"),
-              search.toString(QUrl::FullyEncoded)},
-             &output)
-        == 0);
+        chromium = "/usr/lib/chromium/chromium-headless-shell";
+    QUrl search = QUrl::fromLocalFile(out + "/de/search.html");
+    search.setQuery("q=ZEBRA");
+    QVERIFY(tool(chromium,
+                 {"--no-sandbox", "--disable-gpu", "--no-first-run",
+                  "--disable-background-networking", "--disable-component-update", "--disable-sync",
+                  "--disable-dev-shm-usage", "--user-data-dir=" + m_dir.filePath("chromium"),
+                  "--virtual-time-budget=5000", "--dump-dom", search.toString(QUrl::FullyEncoded)},
+                 &output)
+            == 0);
     const QString dom = QString::fromUtf8(output);
     QVERIFY2(dom.contains(u"<li><a href=\"start.html\">start</a></li>"), qPrintable(dom));
     QVERIFY(dom.contains(u"Treffer: 1"));
@@ -175,36 +169,30 @@ void TestPublish::site()
 
 void TestPublish::qtHelp()
 {
-    const QString out = m_dir.filePath(QStringLiteral("qch"));
-    const QString again = m_dir.filePath(QStringLiteral("qch2"));
+    const QString out = m_dir.filePath("qch");
+    const QString again = m_dir.filePath("qch2");
     for (const QString &folder : {out, again}) {
         QByteArray errors;
-        QCOMPARE(publish({QStringLiteral("--format"), QStringLiteral("qthelp"),
-                          QStringLiteral("-o"), folder, m_data + QStringLiteral("/site")},
-                         &errors),
-                 0);
+        QCOMPARE(publish({"--format", "qthelp", "-o", folder, m_data + "/site"}, &errors), 0);
     }
     const QMap<QString, QByteArray> files = tree(out);
-    QCOMPARE(files.keys(),
-             QStringList({QStringLiteral("site_de.qch"), QStringLiteral("site_en.qch")}));
+    QCOMPARE(files.keys(), QStringList({"site_de.qch", "site_en.qch"}));
     QCOMPARE(tree(again), files);
 
-    const QStringList links{QStringLiteral("start"), QStringLiteral("kapitel/Über Straße"),
-                            QStringLiteral("kapitel/𝄞 noten")};
-    for (const QString &language : {QStringLiteral("de"), QStringLiteral("en")}) {
-        QHelpEngineCore engine(m_dir.filePath(language + QStringLiteral(".qhc")));
+    const QStringList links{"start", "kapitel/Über Straße", "kapitel/𝄞 noten"};
+    for (const QString &language : QStringList{"de", "en"}) {
+        QHelpEngineCore engine(m_dir.filePath(language + ".qhc"));
         engine.setReadOnly(false); // a new collection file is written
         QVERIFY(engine.setupData());
-        QVERIFY2(engine.registerDocumentation(out + QStringLiteral("/site_") + language
-                                              + QStringLiteral(".qch")),
+        QVERIFY2(engine.registerDocumentation(out + "/site_" + language + ".qch"),
                  qPrintable(engine.error()));
-        const QString ns = QStringLiteral("zyhelp.site.") + language;
+        const QString ns = "zyhelp.site." + language;
         QCOMPARE(engine.registeredDocumentations(), QStringList{ns});
-        QCOMPARE(engine.files(ns, QString(), QStringLiteral("html")).size(), links.size() + 1);
+        QCOMPARE(engine.files(ns, QString(), "html").size(), links.size() + 1);
         for (const QString &link : links) {
             const QList<QHelpLink> found = engine.documentsForIdentifier(link);
             QCOMPARE(found.size(), 1);
-            QCOMPARE(found.first().url.path(), QStringLiteral("/doc/%1.html").arg(link));
+            QCOMPARE(found.first().url.path(), QString("/doc/%1.html").arg(link));
             QVERIFY(engine.fileData(found.first().url).contains("<h1>"));
         }
     }
@@ -219,34 +207,28 @@ void TestPublish::badInput_data()
 
     const QString site = QStringLiteral(ZY_PUBLISH_DATA "/site");
     QTest::newRow("OUT is a file")
-        << QStringList{QStringLiteral("-o"), QStringLiteral("FILE"), site} << 1
-        << "exists and is no folder" << false;
+        << QStringList{"-o", "FILE", site} << 1 << "exists and is no folder" << false;
     QTest::newRow("OUT cannot be written")
-        << QStringList{QStringLiteral("-o"), QStringLiteral("/proc/zyhelp"), site} << 1
-        << "cannot write beside it" << false;
+        << QStringList{"-o", "/proc/zyhelp", site} << 1 << "cannot write beside it" << false;
     QTest::newRow("language nobody has")
-        << QStringList{QStringLiteral("--languages"), QStringLiteral("de,fr"), site} << 2
+        << QStringList{"--languages", "de,fr", site} << 2
         << "--languages: no document has the language 'fr'" << false;
     QTest::newRow("fallback nobody has")
-        << QStringList{QStringLiteral("--fallback"), QStringLiteral("fr"), site} << 2
+        << QStringList{"--fallback", "fr", site} << 2
         << "--fallback: no document has the language 'fr'" << false;
-    QTest::newRow("bad format") << QStringList{QStringLiteral("--format"), QStringLiteral("pdf"),
-                                               site}
-                                << 2 << "--format must be html or qthelp" << false;
-    QTest::newRow("page names collide") << QStringList{QStringLiteral("CASES")} << 1
-                                        << "its page 'b.html' collides with that of" << false;
+    QTest::newRow("bad format") << QStringList{"--format", "pdf", site} << 2
+                                << "--format must be html or qthelp" << false;
+    QTest::newRow("page names collide")
+        << QStringList{"CASES"} << 1 << "its page 'b.html' collides with that of" << false;
     QTest::newRow("OUT's folder missing")
-        << QStringList{QStringLiteral("-o"), QStringLiteral("FILE/none/out"), site} << 1
-        << "no such folder" << false;
+        << QStringList{"-o", "FILE/none/out", site} << 1 << "no such folder" << false;
     QTest::newRow("qhelpgenerator only warns")
-        << QStringList{QStringLiteral("--format"), QStringLiteral("qthelp"),
-                       QStringLiteral("--qhelpgenerator"),
+        << QStringList{"--format", "qthelp", "--qhelpgenerator",
                        QStringLiteral(ZY_PUBLISH_DATA "/warning-qhelpgenerator.sh"), site}
         << 1 << "Warning: file index.html not found" << false;
     QTest::newRow("no qhelpgenerator")
-        << QStringList{QStringLiteral("--format"), QStringLiteral("qthelp"),
-                       QStringLiteral("--qhelpgenerator"), QStringLiteral("/nonexistent"), site}
-        << 1 << "/nonexistent: not an executable program" << false;
+        << QStringList{"--format", "qthelp", "--qhelpgenerator", "/nonexistent", site} << 1
+        << "/nonexistent: not an executable program" << false;
     QTest::newRow("faulty document")
         << QStringList{QStringLiteral(ZY_PUBLISH_DATA "/faulty.zyhelp")} << 1
         << "faulty.zyhelp:8:48: error: faulty XML" << true;
@@ -260,25 +242,25 @@ void TestPublish::badInput()
     QFETCH(bool, replaced);
 
     const QDir base(m_dir.filePath(QString::fromLatin1(QTest::currentDataTag())));
-    const QString out = base.filePath(QStringLiteral("old"));
-    Test::writeFile(out + QStringLiteral("/de/index.html"), "previous site");
-    Test::writeFile(base.filePath(QStringLiteral("FILE")), "a file");
-    Test::writeFile(base.filePath(QStringLiteral("cases/b.zyhelp")), "<zyhelp/>");
-    Test::writeFile(base.filePath(QStringLiteral("cases/B.zyhelp")), "<zyhelp/>");
-    arguments.replaceInStrings(QStringLiteral("FILE"), base.filePath(QStringLiteral("FILE")));
-    arguments.replaceInStrings(QStringLiteral("CASES"), base.filePath(QStringLiteral("cases")));
-    if (!arguments.contains(QStringLiteral("-o")))
-        arguments << QStringLiteral("-o") << out;
+    const QString out = base.filePath("old");
+    Test::writeFile(out + "/de/index.html", "previous site");
+    Test::writeFile(base.filePath("FILE"), "a file");
+    Test::writeFile(base.filePath("cases/b.zyhelp"), "<zyhelp/>");
+    Test::writeFile(base.filePath("cases/B.zyhelp"), "<zyhelp/>");
+    arguments.replaceInStrings("FILE", base.filePath("FILE"));
+    arguments.replaceInStrings("CASES", base.filePath("cases"));
+    if (!arguments.contains("-o"))
+        arguments << "-o" << out;
 
     QByteArray errors;
     QCOMPARE(publish(arguments, &errors), status);
     QVERIFY2(errors.contains(message.toUtf8()), errors.constData());
-    QCOMPARE(Test::readFile(out + QStringLiteral("/de/index.html")) == "previous site", !replaced);
+    QCOMPARE(Test::readFile(out + "/de/index.html") == "previous site", !replaced);
     if (replaced) // published up to the fault
-        QVERIFY(Test::readFile(out + QStringLiteral("/de/faulty.html")).contains("Vor dem Fehler"));
+        QVERIFY(Test::readFile(out + "/de/faulty.html").contains("Vor dem Fehler"));
     // Nothing is left beside OUT.
     QCOMPARE(base.entryList(QDir::Hidden | QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList({QStringLiteral("cases"), QStringLiteral("FILE"), QStringLiteral("old")}));
+             QStringList({"cases", "FILE", "old"}));
 }
 
 void TestPublish::paragraphs_data()
@@ -318,18 +300,17 @@ void TestPublish::siteModel()
     const auto entry = [](const QString &relative) {
         return DocumentEntry{relative, relative, relative};
     };
-    const ZyHelp::Publish::SiteModel model(
-        {entry(QStringLiteral("z.zyhelp")), entry(QStringLiteral("b/b/x.zyhelp")),
-         entry(QStringLiteral("a/Ä 100%#?.zyhelp")), entry(QStringLiteral("a/ä 100%#?.ZYHELP")),
-         entry(QStringLiteral("b/a.zyhelp"))});
+    const ZyHelp::Publish::SiteModel model({entry("z.zyhelp"), entry("b/b/x.zyhelp"),
+                                            entry("a/Ä 100%#?.zyhelp"), entry("a/ä 100%#?.ZYHELP"),
+                                            entry("b/a.zyhelp")});
     // Contents order: a folder's subfolders, then its pages; by name.
     QCOMPARE(model.order(), QList<int>({2, 3, 1, 4, 0}));
     QCOMPARE(model.position(4), 3);
-    QCOMPARE(model.pageUrl(2), QStringLiteral("a/%C3%84%20100%25%23%3F.html"));
-    QCOMPARE(model.folder(model.folderOf(1)).path, QStringLiteral("b/b"));
+    QCOMPARE(model.pageUrl(2), "a/%C3%84%20100%25%23%3F.html");
+    QCOMPARE(model.folder(model.folderOf(1)).path, "b/b");
     QCOMPARE(model.folder(model.folderOf(1)).depth, 2);
     QCOMPARE(model.collisions().size(), 1);
-    QCOMPARE(model.collisions().first().path, QStringLiteral("a/ä 100%#?.ZYHELP"));
+    QCOMPARE(model.collisions().first().path, "a/ä 100%#?.ZYHELP");
 }
 
 // A page's tree is its folder's, made once, with the mark spliced in: it must
@@ -343,13 +324,13 @@ void TestPublish::folderTree()
         entries.append(DocumentEntry{QString::fromUtf8(path), QString::fromUtf8(path),
                                      QString::fromUtf8(path)});
     const ZyHelp::Publish::SiteModel model(entries);
-    const ZyHelp::Publish::HtmlPageWriter writer(model, QStringLiteral("P"), {QStringLiteral("de")},
+    const ZyHelp::Publish::HtmlPageWriter writer(model, "P", {"de"},
                                                  ZyHelp::Publish::HtmlPageWriter::Site);
     const QByteArray mark = " aria-current=\"page\"";
     QMap<int, QByteArray> unmarkedByFolder;
     for (int document = 0; document < int(model.pageCount()); ++document) {
         const int folder = model.folderOf(document);
-        const QString de = QStringLiteral("de");
+        const QString de = "de";
         const QByteArray page =
             writer.documentPage(document, de, de, "BODY", {}, writer.folderTree(folder, de));
         const QByteArray contents = page.mid(page.indexOf("<nav class=\"contents\""));
@@ -377,7 +358,7 @@ void TestPublish::searchWords_data()
     QTest::newRow("sorted, once, lower case") << "Beta alpha BETA" << QByteArray("alpha beta t");
     QTest::newRow("umlauts and digits") << "Größe 100%" << QByteArray("100 größe t");
     QTest::newRow("beyond the BMP")
-        << "\U0001D400b \U0001F600" << QStringLiteral("t \U0001D400b").toUtf8();
+        << "\U0001D400b \U0001F600" << QString("t \U0001D400b").toUtf8();
     QTest::newRow("markup is text") << "<b>fett</b>" << QByteArray("b fett t");
     // Lowered before it is split: the dot that lowering adds splits the word.
     QTest::newRow("longer in lower case") << "\u0130stanbul" << QByteArray("i stanbul t");
@@ -391,7 +372,7 @@ void TestPublish::lowered()
     for (char16_t c = 0; c < 0x100; ++c)
         latin1 += QChar(c);
     QCOMPARE(ZyHelp::Publish::PageBody::lowered(latin1), latin1.toLower());
-    const QString beyond = latin1 + QStringLiteral("\u0130\u0391\U0001D400");
+    const QString beyond = latin1 + "\u0130\u0391\U0001D400";
     QCOMPARE(ZyHelp::Publish::PageBody::lowered(beyond), beyond.toLower());
 }
 
@@ -402,23 +383,22 @@ void TestPublish::searchWords()
     QFETCH(QByteArray, words);
     ZyHelp::HelpLanguage language;
     language.sections.append(ZyHelp::HelpSection{QString(), text});
-    QCOMPARE(ZyHelp::Publish::PageBody::searchWords(QStringLiteral("T"), language), words);
+    QCOMPARE(ZyHelp::Publish::PageBody::searchWords("T", language), words);
 }
 
 // What qhelpgenerator would only warn about is found before it runs.
 void TestPublish::qhpFaults()
 {
     const ZyHelp::Publish::SiteModel model(
-        {ZyHelp::DocumentEntry{QString(), QString(), QStringLiteral("a/b.zyhelp")}});
-    const QString folder = m_dir.filePath(QStringLiteral("qhp"));
-    const ZyHelp::Publish::QhpWriter writer(model, QStringLiteral("Mein Projekt!"),
-                                            QStringLiteral("de"));
-    QCOMPARE(writer.helpNamespace(), QStringLiteral("zyhelp.mein-projekt-.de"));
+        {ZyHelp::DocumentEntry{QString(), QString(), "a/b.zyhelp"}});
+    const QString folder = m_dir.filePath("qhp");
+    const ZyHelp::Publish::QhpWriter writer(model, "Mein Projekt!", "de");
+    QCOMPARE(writer.helpNamespace(), "zyhelp.mein-projekt-.de");
     QCOMPARE(writer.faults(folder),
-             QStringList({QStringLiteral("the page 'a/b.html' is missing"),
-                          QStringLiteral("the contents page 'index.html' is missing")}));
-    Test::writeFile(folder + QStringLiteral("/a/b.html"), "<p>b</p>");
-    Test::writeFile(folder + QStringLiteral("/index.html"), "<p>index</p>");
+             QStringList(
+                 {"the page 'a/b.html' is missing", "the contents page 'index.html' is missing"}));
+    Test::writeFile(folder + "/a/b.html", "<p>b</p>");
+    Test::writeFile(folder + "/index.html", "<p>index</p>");
     QCOMPARE(writer.faults(folder), QStringList());
 }
 
@@ -426,14 +406,12 @@ void TestPublish::qhpFaults()
 // old output is gone.
 void TestPublish::oneLanguage()
 {
-    const QString out = m_dir.filePath(QStringLiteral("english"));
-    Test::writeFile(out + QStringLiteral("/de/stale.html"), "old");
-    QCOMPARE(publish({QStringLiteral("--languages"), QStringLiteral("en"), QStringLiteral("-o"),
-                      out, m_data + QStringLiteral("/site")}),
-             0);
+    const QString out = m_dir.filePath("english");
+    Test::writeFile(out + "/de/stale.html", "old");
+    QCOMPARE(publish({"--languages", "en", "-o", out, m_data + "/site"}), 0);
     QCOMPARE(QDir(out).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList{"en"});
-    QVERIFY(Test::readFile(out + QStringLiteral("/index.html")).contains("url=en/index.html"));
-    const QByteArray page = Test::readFile(out + QStringLiteral("/en/start.html"));
+    QVERIFY(Test::readFile(out + "/index.html").contains("url=en/index.html"));
+    const QByteArray page = Test::readFile(out + "/en/start.html");
     QVERIFY(page.startsWith("<!DOCTYPE html>\n<html lang=\"en\">"));
     QVERIFY(!page.contains("hreflang"));
     QVERIFY(page.contains("<h2 id=\"see-also\">See also</h2>"));

@@ -72,19 +72,21 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("limit"); // of a file's size, 0: none
-        QTest::addColumn<int>(
-            "mode"); // of the file, for another user, in a folder only it may write; 0: as root
+        // The file's mode, for another user, in a folder only it may write; 0: as root.
+        QTest::addColumn<int>("mode");
         QTest::addColumn<QString>("log"); // of the save, for the file and the "Path" list
-        QTest::newRow("document, full disk")
-            << "d.zyhelp" << 8192 << 0
-            << "Konnte Datei nicht schreiben: \"FILE\" : \"File too large\"";
-        QTest::newRow("project, full disk")
-            << "P.zyproject" << 4096 << 0
-            << "Konnte Pfadliste nicht schreiben: \"LIST\" : \"File too large\"";
-        QTest::newRow("document, read-only")
-            << "d.zyhelp" << 0 << 0x4444 << "Konnte Datei nicht zum Schreiben öffnen: \"FILE\"";
-        QTest::newRow("document in place") << "d.zyhelp" << 0 << 0x6666 << "";
-        QTest::newRow("project in place") << "P.zyproject" << 0 << 0x6666 << "";
+        const auto row = [](const char *name, const char *file, int limit, int mode,
+                            const char *log) {
+            QTest::newRow(name) << file << limit << mode << log;
+        };
+        row("document, full disk", "d.zyhelp", 8192, 0,
+            "Konnte Datei nicht schreiben: \"FILE\" : \"File too large\"");
+        row("project, full disk", "P.zyproject", 4096, 0,
+            "Konnte Pfadliste nicht schreiben: \"LIST\" : \"File too large\"");
+        row("document, read-only", "d.zyhelp", 0, 0x4444,
+            "Konnte Datei nicht zum Schreiben öffnen: \"FILE\"");
+        row("document in place", "d.zyhelp", 0, 0x6666, "");
+        row("project in place", "P.zyproject", 0, 0x6666, "");
     }
     void saves()
     {
@@ -148,23 +150,20 @@ private slots:
     {
         QTest::addColumn<QString>("expected");
         QTest::addColumn<QString>("stop"); // line:column of a fault, "-" if unreadable
-        QTest::newRow("sample.zyhelp") << "1.0|A & \"B\" [de: (S0:a < b\nc \U0001F600) (S1:a < "
-                                          "b\nc \U0001F600)] [en:Hi] links:start,,start"
-                                       << "";
-        QTest::newRow("read/lang-attributes.zyhelp") << "| [a:2] [b: (n:)] links:"
-                                                     << "";
-        QTest::newRow("read/names-by-case.zyhelp") << "|au [k: (s:t)] links:p"
-                                                   << "";
-        QTest::newRow("read/encoding-by-bom.zyhelp") << QString("\u00e4| links:") << "";
-        QTest::newRow("read/utf-16.zyhelp") << QString("\u00e4| links:") << "";
-        QTest::newRow("read/child-in-section.zyhelp") << "1| [a:] links:"
-                                                      << "3:14";
-        QTest::newRow("read/bad-attribute.zyhelp") << "| [a:] links:"
-                                                   << "3:10";
-        QTest::newRow("read/empty.zyhelp") << "| links:"
-                                           << "1:0";
-        QTest::newRow("read/none.zyhelp") << "| links:"
-                                          << "-";
+        const auto row = [](const char *file, const QString &expected, const char *stop = "") {
+            QTest::newRow(file) << expected << stop;
+        };
+        row("sample.zyhelp",
+            "1.0|A & \"B\" [de: (S0:a < b\nc \U0001F600) (S1:a < b\nc \U0001F600)] [en:Hi] "
+            "links:start,,start");
+        row("read/lang-attributes.zyhelp", "| [a:2] [b: (n:)] links:");
+        row("read/names-by-case.zyhelp", "|au [k: (s:t)] links:p");
+        row("read/encoding-by-bom.zyhelp", "\u00e4| links:");
+        row("read/utf-16.zyhelp", "\u00e4| links:");
+        row("read/child-in-section.zyhelp", "1| [a:] links:", "3:14");
+        row("read/bad-attribute.zyhelp", "| [a:] links:", "3:10");
+        row("read/empty.zyhelp", "| links:", "1:0");
+        row("read/none.zyhelp", "| links:", "-");
     }
     void reads()
     {

@@ -205,33 +205,27 @@ void TestPublish::badInput_data()
     QTest::addColumn<QString>("message");
     QTest::addColumn<bool>("replaced");
 
-    const QString site = QStringLiteral(ZY_PUBLISH_DATA "/site");
-    QTest::newRow("OUT is a file")
-        << QStringList{"-o", "FILE", site} << 1 << "exists and is no folder" << false;
-    QTest::newRow("OUT cannot be written")
-        << QStringList{"-o", "/proc/zyhelp", site} << 1 << "cannot write beside it" << false;
-    QTest::newRow("language nobody has")
-        << QStringList{"--languages", "de,fr", site} << 2
-        << "--languages: no document has the language 'fr'" << false;
-    QTest::newRow("fallback nobody has")
-        << QStringList{"--fallback", "fr", site} << 2
-        << "--fallback: no document has the language 'fr'" << false;
-    QTest::newRow("bad format") << QStringList{"--format", "pdf", site} << 2
-                                << "--format must be html or qthelp" << false;
-    QTest::newRow("page names collide")
-        << QStringList{"CASES"} << 1 << "its page 'b.html' collides with that of" << false;
-    QTest::newRow("OUT's folder missing")
-        << QStringList{"-o", "FILE/none/out", site} << 1 << "no such folder" << false;
-    QTest::newRow("qhelpgenerator only warns")
-        << QStringList{"--format", "qthelp", "--qhelpgenerator",
-                       QStringLiteral(ZY_PUBLISH_DATA "/warning-qhelpgenerator.sh"), site}
-        << 1 << "Warning: file index.html not found" << false;
-    QTest::newRow("no qhelpgenerator")
-        << QStringList{"--format", "qthelp", "--qhelpgenerator", "/nonexistent", site} << 1
-        << "/nonexistent: not an executable program" << false;
-    QTest::newRow("faulty document")
-        << QStringList{QStringLiteral(ZY_PUBLISH_DATA "/faulty.zyhelp")} << 1
-        << "faulty.zyhelp:8:48: error: faulty XML" << true;
+    // Arguments split at spaces; DATA is the folder of the test's files.
+    const auto row = [](const char *name, const QString &arguments, int status, const char *message,
+                        bool replaced = false) {
+        QTest::newRow(name) << QString(arguments).replace("DATA", ZY_PUBLISH_DATA).split(u' ')
+                            << status << message << replaced;
+    };
+    row("OUT is a file", "-o FILE DATA/site", 1, "exists and is no folder");
+    row("OUT cannot be written", "-o /proc/zyhelp DATA/site", 1, "cannot write beside it");
+    row("language nobody has", "--languages de,fr DATA/site", 2,
+        "--languages: no document has the language 'fr'");
+    row("fallback nobody has", "--fallback fr DATA/site", 2,
+        "--fallback: no document has the language 'fr'");
+    row("bad format", "--format pdf DATA/site", 2, "--format must be html or qthelp");
+    row("page names collide", "CASES", 1, "its page 'b.html' collides with that of");
+    row("OUT's folder missing", "-o FILE/none/out DATA/site", 1, "no such folder");
+    row("qhelpgenerator only warns",
+        "--format qthelp --qhelpgenerator DATA/warning-qhelpgenerator.sh DATA/site", 1,
+        "Warning: file index.html not found");
+    row("no qhelpgenerator", "--format qthelp --qhelpgenerator /nonexistent DATA/site", 1,
+        "/nonexistent: not an executable program");
+    row("faulty document", "DATA/faulty.zyhelp", 1, "faulty.zyhelp:8:48: error: faulty XML", true);
 }
 
 void TestPublish::badInput()
@@ -268,23 +262,18 @@ void TestPublish::paragraphs_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("html");
 
-    QTest::newRow("one line") << "a"
-                              << "<p>a</p>\n";
-    QTest::newRow("line break") << "a\nb"
-                                << "<p>a<br>\nb</p>\n";
-    QTest::newRow("blank line") << "a\n\nb"
-                                << "<p>a</p>\n<p>b</p>\n";
-    QTest::newRow("blank line of spaces, CR LF") << "a\r\n  \t\r\nb\r\n"
-                                                 << "<p>a</p>\n<p>b</p>\n";
-    QTest::newRow("several blank lines") << "\n\na\n\n\n\nb\n\n"
-                                         << "<p>a</p>\n<p>b</p>\n";
-    QTest::newRow("empty") << ""
-                           << "";
-    QTest::newRow("markup") << "<a href='x'>&amp;</a>"
-                            << "<p>&lt;a href=&#39;x&#39;&gt;&amp;amp;&lt;/a&gt;</p>\n";
-    QTest::newRow("control character") << "a\x01"
-                                          "b"
-                                       << "<p>a\uFFFDb</p>\n";
+    const auto row = [](const char *name, const char *text, const char *html) {
+        QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(html);
+    };
+    row("one line", "a", "<p>a</p>\n");
+    row("line break", "a\nb", "<p>a<br>\nb</p>\n");
+    row("blank line", "a\n\nb", "<p>a</p>\n<p>b</p>\n");
+    row("blank line of spaces, CR LF", "a\r\n  \t\r\nb\r\n", "<p>a</p>\n<p>b</p>\n");
+    row("several blank lines", "\n\na\n\n\n\nb\n\n", "<p>a</p>\n<p>b</p>\n");
+    row("empty", "", "");
+    row("markup", "<a href='x'>&amp;</a>",
+        "<p>&lt;a href=&#39;x&#39;&gt;&amp;amp;&lt;/a&gt;</p>\n");
+    row("control character", "a\001b", "<p>a\uFFFDb</p>\n");
 }
 
 void TestPublish::paragraphs()

@@ -111,59 +111,22 @@ private slots:
         QCOMPARE(run("btnSaveFile") << status(), QStringList("")); // no node since the rebuild
     }
 
-    void contextMenu_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QStringList>("replies");
-        QTest::addColumn<QStringList>("seen");
-        QTest::addColumn<QString>("after");
-        QTest::addColumn<int>("nodes"); // in the tree, rebuilt from the files
-        const auto row = [](const char *name, const char *path, const QString &replies,
-                            const QString &seen, const QString &after, int nodes) {
-            QTest::newRow(name) << path << replies.split(u';')
-                                << seen.split(u';', Qt::SkipEmptyParts) << after << nodes;
-        };
-        const QString file = "|Sprache hinzufügen...|-|Aus Projekt entfernen (Löschen);",
-                      lang = "|Sektion hinzufügen...|-|Sprache löschen;";
-        const QString de = "2.1|Anna [de:Hallo (Eins:1) (Zwei:2) (Drei:3)] %1 links:start,index";
-        row("add language", "sub/a.zyhelp", "Sprache hinzufügen...;fr",
-            file + "Neu|Sprache (de, en):|", de.arg("[en:Hello (One:Text one)] [fr:...]"), 13);
-        row("existing language", "sub/a.zyhelp", "Sprache hinzufügen...;de;OK",
-            file + "Neu|Sprache (de, en):|;Neu|Die Sprache 'de' ist bereits vorhanden.|2", dumpA,
-            12);
-        row("no language", "sub/a.zyhelp", "Sprache hinzufügen...;",
-            file + "Neu|Sprache (de, en):|", dumpA, 12);
-        row("add section", "sub/a.zyhelp/en", "Sektion hinzufügen...; x",
-            lang + "Neu|Sektion Name:|", de.arg("[en:Hello (One:Text one) ( x:...)]"), 13);
-        row("no section", "sub/a.zyhelp/en", "Sektion hinzufügen...;Esc",
-            lang + "Neu|Sektion Name:|", dumpA, 12);
-        row("delete section", "sub/a.zyhelp/de/Eins", "Sektion löschen;Yes",
-            "|Sektion löschen;Löschen|Sektion löschen?|4",
-            "2.1|Anna [de:Hallo (Zwei:2) (Drei:3)] [en:Hello (One:Text one)] links:start,index",
-            11);
-        row("keep language", "sub/a.zyhelp/en", "Sprache löschen;No",
-            lang + "Löschen|Sprache 'en' löschen?|4", dumpA, 12);
-        row("delete language", "sub/a.zyhelp/en", "Sprache löschen;Yes",
-            lang + "Löschen|Sprache 'en' löschen?|4", de.arg("").replace("  ", " "), 10);
-        row("delete document", "sub/a.zyhelp", "Aus Projekt entfernen (Löschen);Yes",
-            file + "Löschen|Datei wirklich löschen?\n(Sie wird von der Festplatte entfernt!)|4",
-            "<missing>", 4);
-        row("folder", "sub", "", "", dumpA, 12);
-    }
+    void contextMenu_data() { table("contextmenu", {"path", "replies", "seen", "after", "nodes"}); }
     void contextMenu()
     {
         QFETCH(QString, path);
-        QFETCH(QStringList, replies);
-        QFETCH(int, nodes);
+        QFETCH(QString, replies);
+        QFETCH(QString, seen);
+        QFETCH(QString, nodes);
         click("sub/a.zyhelp/de/Eins");
         edit("editContent", "lost"); // never taken over
-        QTEST(menu(path, replies), "seen");
+        QCOMPARE(menu(path, replies.split(u';')), seen.split(u';', Qt::SkipEmptyParts));
         QTEST(saved("sub/a.zyhelp"), "after");
-        QCOMPARE(dump().size(), nodes);
-        QCOMPARE(page() == "pageEmpty", nodes == 4);
+        QCOMPARE(dump().size(), nodes.toInt()); // in the tree, rebuilt from the files
+        QCOMPARE(page() == "pageEmpty", nodes == "4");
         QCOMPARE(
             Test::readFile(m_root + "/p.zyproject").contains("<file>Sub/sub/sub.zyhelp</file>"),
-            nodes == 4);
+            nodes == "4");
     }
 
     void commands()
@@ -201,23 +164,8 @@ private slots:
                               "Info|Kein Projekt geöffnet.|2"}));
     }
 
-    void openFromCommandLine_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("outcome"); // the window's title, or why the box refuses the path
-        QTest::newRow("project") << "p.zyproject"
-                                 << "Editor - Handbuch";
-        QTest::newRow("none") << ""
-                              << "";
-        QTest::newRow("folder") << "sub"
-                                << "Das ist ein Ordner, keine Projektdatei (*.zyproject).";
-        QTest::newRow("document") << "sub/a.zyhelp"
-                                  << "Das ist keine Projektdatei (*.zyproject).";
-        QTest::newRow("missing") << "none.zyproject"
-                                 << "Die Datei gibt es nicht.";
-        QTest::newRow("unreadable") << "locked.zyproject"
-                                    << "Die Datei kann nicht gelesen werden.";
-    }
+    // The window's title, or why the box refuses the path.
+    void openFromCommandLine_data() { table("open", {"path", "outcome"}); }
     void openFromCommandLine()
     {
         QFETCH(QString, path);
@@ -240,13 +188,7 @@ private slots:
 
     // A rebuild reads again only what changed on disk, and shows the same tree as
     // a fresh read on one thread: an unsaved rename dropped, a collapsed node open.
-    void rebuild_data()
-    {
-        QTest::addColumn<QString>("change");
-        QTest::newRow("same size, new time") << "Uno!";
-        QTest::newRow("same size and time: not read again") << "Uno?";
-        QTest::newRow("a document gone, one a folder, an edit") << "fr";
-    }
+    void rebuild_data() { table("rebuild", {"change"}); }
     void rebuild()
     {
         QFETCH(QString, change);
@@ -302,14 +244,7 @@ private slots:
 
     // A document read only up to a fault is kept beside it before its first save,
     // and one fixed on disk meanwhile is not.
-    void partlyRead_data()
-    {
-        QTest::addColumn<QString>("kept");
-        QTest::newRow("first copy") << "bad.zyhelp.bak";
-        QTest::newRow("older copy") << "bad.zyhelp.bak.1";
-        QTest::newRow("fixed on disk") << "";
-        QTest::newRow("fixed on disk, another list") << "";
-    }
+    void partlyRead_data() { table("partlyread", {"kept"}); }
     void partlyRead()
     {
         QFETCH(QString, kept);
@@ -348,6 +283,23 @@ private slots:
     }
 
 private:
+    // Rows of a table in window/ beside this test, one a line: its name, then its cells, each
+    // after a tab. A backslash and "n" in a cell stand for a line break; "#" starts a comment.
+    static void table(const QString &name, std::initializer_list<const char *> columns)
+    {
+        for (const char *column : columns)
+            QTest::addColumn<QString>(column);
+        const QByteArray text = Test::readFile(QFINDTESTDATA("window/" + name + ".txt"));
+        for (const QString &line : QString::fromUtf8(text).split(u'\n', Qt::SkipEmptyParts)) {
+            QStringList cells = line.split(u'\t').replaceInStrings("\\n", "\n");
+            if (line.startsWith(u'#'))
+                continue;
+            QTestData &row = QTest::newRow(qPrintable(cells.takeFirst()));
+            for (const QString &cell : std::as_const(cells))
+                row << cell; // a row with too many or too few cells fails the test
+        }
+    }
+
     QTreeWidget *tree() { return m_window->findChild<QTreeWidget *>("projectTree"); }
     // Every node, one a line, indented by depth: text, kind, the document where it
     // changes, key and index, "*" for an icon, " closed" for a closed parent.

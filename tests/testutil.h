@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTest>
 
 #include <csignal>
 #include <sys/resource.h>
@@ -24,6 +25,57 @@ inline void writeFile(const QString &path, const QByteArray &bytes)
     if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly)
         || file.write(bytes) != bytes.size())
         qFatal("cannot write %s", qPrintable(path));
+}
+
+// A cell of a table of cases, written as in C: \n, \r, \t, \\ and \xHH; any other backslash
+// stands for itself, as in a regular expression or a PO escape.
+inline QByteArray unescaped(const QByteArray &cell)
+{
+    static const QByteArray simple = "nrt\\";
+    QByteArray bytes;
+    for (qsizetype i = 0; i < cell.size(); ++i) {
+        const char next = cell[i] == '\\' && i + 1 < cell.size() ? cell[i + 1] : '\0';
+        if (next == 'x') {
+            bytes += char(cell.mid(i + 2, 2).toInt(nullptr, 16));
+            i += 3;
+        } else if (simple.indexOf(next) >= 0) {
+            bytes += "\n\r\t\\"[simple.indexOf(next)];
+            ++i;
+        } else {
+            bytes += cell[i];
+        }
+    }
+    return bytes;
+}
+
+// The rows of a table of cases in the file at path, one case a line: its name and its
+// cells, tab-separated. The first line names the columns, '#' starts a comment. Cells
+// are strings, or bytes where their column is named in bytes. A row with too many or
+// too few cells fails the test.
+inline void addRows(const QString &path, const QList<QByteArray> &bytes = {})
+{
+    static QList<QByteArray> names; // QtTest keeps the columns' names, not copies
+    QList<QByteArray> lines = readFile(path).split('\n');
+    lines.removeIf([](const QByteArray &line) { return line.isEmpty() || line[0] == '#'; });
+    QVERIFY2(lines.size() > 1, qPrintable(path));
+    const QList<QByteArray> columns = lines.takeFirst().split('\t');
+    for (const QByteArray &column : columns.mid(1)) {
+        names.append(column);
+        if (bytes.contains(column))
+            QTest::addColumn<QByteArray>(names.constLast().constData());
+        else
+            QTest::addColumn<QString>(names.constLast().constData());
+    }
+    for (const QByteArray &line : std::as_const(lines)) {
+        const QList<QByteArray> cells = line.split('\t');
+        QTestData &row = QTest::newRow(cells.first().constData());
+        for (qsizetype i = 1; i < cells.size(); ++i) {
+            if (bytes.contains(columns.value(i)))
+                row << unescaped(cells.at(i));
+            else
+                row << QString::fromUtf8(unescaped(cells.at(i)));
+        }
+    }
 }
 
 // A document in one line, so a failed comparison shows where documents part.

@@ -56,8 +56,8 @@ private slots:
         QVERIFY(!QFile::exists(file));
         QCOMPARE(pm.files().mid(5), QStringList({"b.zyhelp", "new.zyhelp", "./b.zyhelp"}));
         pm.removeFileFromProject(m_root + "/ALT.ZYHELP", true);
-        pm.removeFileFromProject(m_root + "/n.txt",
-                                 true); // not listed: saved and deleted all the same
+        // Not listed: saved and deleted all the same.
+        pm.removeFileFromProject(m_root + "/n.txt", true);
         QVERIFY(!QFile::exists(m_root + "/ALT.ZYHELP") && !QFile::exists(m_root + "/n.txt"));
         QVERIFY(Test::readFile(file).contains("\">\n    <file>Z.zyhelp</file>"));
         QVERIFY(!pm.createProject(m_root, "missing/P")); // the state changed all the same
@@ -118,11 +118,10 @@ private slots:
                                      "/srv/Hilfe/\u00DF", "/srv/Hilfe/a"};
         const Internal::CandidateSet set(candidates);
         const QStringList roots{"/srv/Hilfe", "/srv/Hilfe/", "srv/Hilfe", "/srv/./Hilfe"};
-        const QStringList pieces{
-            "/", "a",  "z",      "\u00E4",     ".",           "..",         "/..", "\\",
-            ":", "SS", "\u00DF", "\U00010428", QChar(0xD801), QChar(0xDC28)}; // a letter outside
-                                                                              // the BMP, and its
-                                                                              // halves alone
+        // "\U00010428" is a letter outside the BMP; its two halves follow alone.
+        const QStringList pieces{"/",      "a",          "z",           "\u00E4",     ".",
+                                 "..",     "/..",        "\\",          ":",          "SS",
+                                 "\u00DF", "\U00010428", QChar(0xD801), QChar(0xDC28)};
         for (const QString &tail : combinations(pieces, 4)) {
             for (const QString &path :
                  {tail, "/srv/Hilfe" + tail, "/srv/hilf" + tail, "/srv" + tail + "Hilfe/a"}) {

@@ -17,27 +17,6 @@ namespace {
 const QString hard = QStringLiteral("Er sagte \"Hallo\" \\ und\tging.\nZweite Zeile\n\n"
                                     "Dritte: <&> Größe \U0001F600 \\n ist kein Umbruch");
 
-// A field of a table beside the test, written as in C: \n, \r, \t, \\ and \xHH; any other
-// backslash stands for itself, as in a regular expression or a PO escape.
-QByteArray unescaped(const QByteArray &field)
-{
-    static const QByteArray simple = "nrt\\";
-    QByteArray bytes;
-    for (qsizetype i = 0; i < field.size(); ++i) {
-        const char next = field[i] == '\\' && i + 1 < field.size() ? field[i + 1] : '\0';
-        if (next == 'x') {
-            bytes += char(field.mid(i + 2, 2).toInt(nullptr, 16));
-            i += 3;
-        } else if (simple.indexOf(next) >= 0) {
-            bytes += "\n\r\t\\"[simple.indexOf(next)];
-            ++i;
-        } else {
-            bytes += field[i];
-        }
-    }
-    return bytes;
-}
-
 struct Run
 {
     int code = -1;
@@ -50,36 +29,6 @@ class tst_Translate : public QObject
     Q_OBJECT
 
     QTemporaryDir m_dir;
-    QList<QByteArray> m_columns; // QtTest keeps the names of the columns, not copies
-
-    // The rows of a table beside the test, one case a line: its name and its columns,
-    // tab-separated. The first line names the columns, '#' starts a comment. Columns
-    // are strings, or bytes where named so.
-    void addRows(const char *table, const QList<QByteArray> &bytes = {})
-    {
-        QList<QByteArray> lines =
-            Test::readFile(ZY_TRANSLATE_DATA "/" + QString(table)).split('\n');
-        lines.removeIf([](const QByteArray &line) { return line.isEmpty() || line[0] == '#'; });
-        QVERIFY2(lines.size() > 1, table);
-        const QList<QByteArray> columns = lines.takeFirst().split('\t');
-        for (const QByteArray &column : columns.mid(1)) {
-            m_columns.append(column);
-            if (bytes.contains(column))
-                QTest::addColumn<QByteArray>(m_columns.constLast().constData());
-            else
-                QTest::addColumn<QString>(m_columns.constLast().constData());
-        }
-        for (const QByteArray &line : std::as_const(lines)) {
-            const QList<QByteArray> fields = line.split('\t');
-            QTestData &row = QTest::newRow(fields.first().constData());
-            for (qsizetype i = 1; i < columns.size(); ++i) {
-                if (bytes.contains(columns.at(i)))
-                    row << unescaped(fields.value(i));
-                else
-                    row << QString::fromUtf8(unescaped(fields.value(i)));
-            }
-        }
-    }
 
     QString path(const QString &name) const { return m_dir.filePath(name); }
 
@@ -185,7 +134,7 @@ private slots:
             QFile::remove(path(file));
     }
 
-    void exportsPassTheirTools_data() { addRows("exports.txt"); }
+    void exportsPassTheirTools_data() { Test::addRows(ZY_TRANSLATE_DATA "/exports.txt"); }
     void exportsPassTheirTools()
     {
         QFETCH(QString, file);
@@ -265,7 +214,7 @@ private slots:
         QCOMPARE(units.value("kapitel/b.zyhelp#1/content").target, "First\rtext");
     }
 
-    void roundTrip_data() { addRows("round-trip.txt"); }
+    void roundTrip_data() { Test::addRows(ZY_TRANSLATE_DATA "/round-trip.txt"); }
     void roundTrip()
     {
         QFETCH(QString, file);
@@ -383,7 +332,7 @@ private slots:
         verifyInPlace("proj/kapitel/b.zyhelp", [](const QString &source) { return source; });
     }
 
-    void otherToolsFiles_data() { addRows("other-tools.txt"); }
+    void otherToolsFiles_data() { Test::addRows(ZY_TRANSLATE_DATA "/other-tools.txt"); }
     void otherToolsFiles() // gettext's features; CAT tools' states, inline markup, suggestions
     {
         QFETCH(QString, file);
@@ -430,7 +379,7 @@ private slots:
 
     void poReader_data()
     {
-        addRows("po-reader.txt", {"po"});
+        Test::addRows(ZY_TRANSLATE_DATA "/po-reader.txt", {"po"});
         const QByteArray head = "msgid \"\"\nmsgstr \"Language: en\\n\"\n\n";
         const auto row = [](const char *name, const QByteArray &po, const char *expected) {
             QTest::newRow(name) << po << QString::fromUtf8(expected);
@@ -540,7 +489,7 @@ private slots:
                                   "10 untranslated (28 words), 2 not ready (3 words)\n"));
     }
 
-    void usageErrors_data() { addRows("usage-errors.txt"); }
+    void usageErrors_data() { Test::addRows(ZY_TRANSLATE_DATA "/usage-errors.txt"); }
     void usageErrors()
     {
         QFETCH(QString, arguments);
@@ -553,7 +502,7 @@ private slots:
         QVERIFY2(result.err.contains(message), qPrintable(result.err));
     }
 
-    void badInput_data() { addRows("bad-input.txt", {"from", "to"}); }
+    void badInput_data() { Test::addRows(ZY_TRANSLATE_DATA "/bad-input.txt", {"from", "to"}); }
     void badInput()
     {
         QFETCH(QString, file);

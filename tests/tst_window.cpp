@@ -94,7 +94,7 @@ private slots:
         QCOMPARE(run("btnSaveFile") << status(), QStringList("")); // no node since the rebuild
     }
 
-    void contextMenu_data() { table("contextmenu", {"path", "replies", "seen", "after", "nodes"}); }
+    void contextMenu_data() { table("contextmenu"); }
     void contextMenu()
     {
         QFETCH(QString, path);
@@ -146,7 +146,7 @@ private slots:
                               "Info|Kein Projekt geöffnet.|2"}));
     }
 
-    void openFromCommandLine_data() { table("open", {"path", "shown"}); }
+    void openFromCommandLine_data() { table("open"); }
     void openFromCommandLine()
     {
         QFETCH(QString, path);
@@ -163,7 +163,7 @@ private slots:
     // A rebuild reads again only what changed on disk, and shows the same tree as
     // a fresh read on one thread: an unsaved rename dropped, a collapsed node open.
     // The document is rewritten in place, keeping its inode.
-    void rebuild_data() { table("rebuild", {"change", "faults"}); }
+    void rebuild_data() { table("rebuild"); }
     void rebuild()
     {
         QFETCH(QString, change);
@@ -211,7 +211,7 @@ private slots:
 
     // A document read only up to a fault is kept beside it before its first save,
     // and one fixed on disk meanwhile is not.
-    void partlyRead_data() { table("partlyread", {"kept", "added", "files"}); }
+    void partlyRead_data() { table("partlyread"); }
     void partlyRead()
     {
         QFETCH(QString, kept);
@@ -241,20 +241,9 @@ private slots:
     }
 
 private:
-    // Rows of a table in window/ beside this test, one a line: its name, then its cells, each
-    // after a tab. A backslash and "n" in a cell stand for a line break; "#" starts a comment.
-    static void table(const QString &name, std::initializer_list<const char *> columns)
+    static void table(const QString &name)
     {
-        for (const char *column : columns)
-            QTest::addColumn<QString>(column);
-        for (const QString &line : data(name).split(u'\n', Qt::SkipEmptyParts)) {
-            QStringList cells = line.split(u'\t').replaceInStrings("\\n", "\n");
-            if (line.startsWith(u'#'))
-                continue;
-            QTestData &row = QTest::newRow(qPrintable(cells.takeFirst()));
-            for (const QString &cell : std::as_const(cells))
-                row << cell; // a row with too many or too few cells fails the test
-        }
+        Test::addRows(QFINDTESTDATA("window/" + name + ".txt"));
     }
 
     static QString data(const QString &name) // a file in window/ beside this test

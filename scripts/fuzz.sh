@@ -11,6 +11,8 @@ build_dir=${BUILD_DIR:-$source_dir/build-fuzz}
 seconds=${FUZZ_SECONDS:-60}
 targets=(document project po xliff)
 
+bash "$source_dir/scripts/setup.sh"
+
 cmake -S "$source_dir" -B "$build_dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_COMPILER=clang++ -DZY_FUZZ=ON >/dev/null
 cmake --build "$build_dir" --parallel 2 --target "${targets[@]/#/fuzz_}"

@@ -272,7 +272,7 @@ if touch "$root/src/.zy-write-test" 2>/dev/null; then
     die "the source folder is writable inside the root"
 fi
 
-run_child in_root "$root" env CI="${CI:-}" BUILD_DIR=/build bash /src/scripts/test.sh
+run_child in_root "$root" env CI="${CI:-}" BUILD_DIR=/build bash /src/scripts/test.sh --plain
 # The root is the clean system the package is tried on: built against its Qt,
 # installed, checked and removed again, leaving the root as it was.
 run_child in_root "$root" bash /src/tests/package/test-package.sh /build

@@ -38,6 +38,7 @@ private slots:
     void lowered();
     void qhpFaults();
     void oneLanguage();
+    void lateLanguages();
 
 private:
     int publish(const QStringList &arguments, QByteArray *errors = nullptr);
@@ -280,7 +281,9 @@ void TestPublish::paragraphs()
 {
     QFETCH(QString, text);
     QFETCH(QString, html);
-    QCOMPARE(ZyHelp::Publish::PageBody::paragraphs(text), html);
+    QByteArray out;
+    ZyHelp::Publish::PageBody::appendParagraphs(text, &out);
+    QCOMPARE(QString::fromUtf8(out), html);
 }
 
 void TestPublish::siteModel()
@@ -404,6 +407,32 @@ void TestPublish::oneLanguage()
     QVERIFY(page.startsWith("<!DOCTYPE html>\n<html lang=\"en\">"));
     QVERIFY(!page.contains("hreflang"));
     QVERIFY(page.contains("<h2 id=\"see-also\">See also</h2>"));
+}
+
+// Pages are written before the last documents are read: what those change of
+// the languages and the fallback still reaches every page.
+void TestPublish::lateLanguages()
+{
+    const QString project = m_dir.filePath("late");
+    const auto write = [&](int number, const QStringList &languages) {
+        QByteArray xml = "<zyhelp>";
+        for (const QString &language : languages)
+            xml += "<lang name=\"" + language.toUtf8() + "\"><description>Text " + language.toUtf8()
+                + "</description></lang>";
+        Test::writeFile(QString("%1/d%2.zyhelp").arg(project).arg(number, 2, 10, QChar('0')),
+                        xml + "</zyhelp>");
+    };
+    // fr is the most common language of the first 16 documents, en of all.
+    write(0, {"de"});
+    write(1, {"en", "fr"});
+    for (int i = 2; i < 40; ++i)
+        write(i, {i < 16 ? "fr" : "en"});
+    const QString out = m_dir.filePath("late-site");
+    QCOMPARE(publish({"-o", out, project}), 0);
+    QVERIFY(Test::readFile(out + "/de/d01.html").contains("<p>Text en</p>"));
+    write(40, {"it"});
+    QCOMPARE(publish({"--fallback", "fr", "-o", out, project}), 0);
+    QVERIFY(Test::readFile(out + "/de/d00.html").contains("hreflang=\"it\""));
 }
 
 QTEST_GUILESS_MAIN(TestPublish)

@@ -13,119 +13,146 @@ namespace ZyHelp::Publish {
 
 namespace {
 
-// Words as the search page splits a query: runs of letters and digits, also
-// beyond the BMP. The text is lowered first, as the page lowers the query.
-void addWords(const QString &lower, QList<QStringView> *words)
+// The length of the letter or digit at i, 2 for one beyond the BMP, or 0.
+int wordCharacterAt(QStringView text, qsizetype i)
 {
-    const qsizetype size = lower.size();
-    qsizetype start = -1;
-    qsizetype i = 0;
-    while (i <= size) {
-        uint c = 0;
-        qsizetype length = 1;
-        if (i < size) {
-            c = lower.at(i).unicode();
-            if (QChar::isHighSurrogate(c) && i + 1 < size && lower.at(i + 1).isLowSurrogate()) {
-                c = QChar::surrogateToUcs4(lower.at(i), lower.at(i + 1));
-                length = 2;
-            }
+    const char16_t c = text[i].unicode();
+    if (c < 0x80)
+        return (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z');
+    if (QChar::isHighSurrogate(c) && i + 1 < text.size() && text[i + 1].isLowSurrogate())
+        return QChar::isLetterOrNumber(QChar::surrogateToUcs4(c, text[i + 1].unicode())) ? 2 : 0;
+    return QChar::isLetterOrNumber(c) ? 1 : 0;
+}
+
+// Words as the search page splits a query: runs of letters and digits, also
+// beyond the BMP.
+void addWords(QStringView text, QList<QStringView> *words)
+{
+    for (qsizetype i = 0; i < text.size();) {
+        int length = wordCharacterAt(text, i);
+        if (length == 0) {
+            ++i;
+            continue;
         }
-        const bool inWord = i < size && QChar::isLetterOrNumber(c);
-        if (inWord && start < 0) {
-            start = i;
-        } else if (!inWord && start >= 0) {
-            words->append(QStringView(lower).sliced(start, i - start));
-            start = -1;
-        }
-        i += length;
+        const qsizetype start = i;
+        do
+            i += length;
+        while (i < text.size() && (length = wordCharacterAt(text, i)) > 0);
+        words->append(text.sliced(start, i - start));
     }
+}
+
+// Whether the UTF-8 line holds nothing but white space, as QString::trimmed() sees it.
+bool blank(QByteArrayView line)
+{
+    for (const char c : line) {
+        if (uchar(c) >= 0x80)
+            return QString::fromUtf8(line).trimmed().isEmpty();
+        if (c != ' ' && (c < '\t' || c > '\r'))
+            return false;
+    }
+    return true;
 }
 
 } // namespace
 
 QString PageBody::escaped(const QString &text)
 {
-    QString out;
-    out.reserve(text.size() + text.size() / 8);
-    appendEscaped(text, &out);
-    return out;
+    QByteArray out;
+    appendEscaped(text.toUtf8(), &out);
+    return QString::fromUtf8(out);
 }
 
-void PageBody::appendEscaped(QStringView text, QString *out)
+void PageBody::appendEscaped(QByteArrayView utf8, QByteArray *out)
 {
-    // Runs of characters that stay as they are are appended at once.
+    // Runs of bytes that stay as they are are appended at once. What needs
+    // replacing is ASCII, so no byte of a longer UTF-8 sequence is taken for it.
     qsizetype run = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text.at(i).unicode();
-        QLatin1StringView replacement;
+    for (qsizetype i = 0; i < utf8.size(); ++i) {
+        const uchar c = uchar(utf8[i]);
+        if (c >= '@')
+            continue;
+        const char *replacement;
         switch (c) {
         case '&':
-            replacement = QLatin1StringView("&amp;");
+            replacement = "&amp;";
             break;
         case '<':
-            replacement = QLatin1StringView("&lt;");
+            replacement = "&lt;";
             break;
         case '>':
-            replacement = QLatin1StringView("&gt;");
+            replacement = "&gt;";
             break;
         case '"':
-            replacement = QLatin1StringView("&quot;");
+            replacement = "&quot;";
             break;
         case '\'':
-            replacement = QLatin1StringView("&#39;");
+            replacement = "&#39;";
             break;
         default:
             // Control characters other than tab and line breaks are no HTML text.
-            if (c >= 0x20 || c == u'\t' || c == u'\n')
+            if (c >= 0x20 || c == '\t' || c == '\n')
                 continue;
+            replacement = "\uFFFD";
         }
-        out->append(text.sliced(run, i - run));
-        if (replacement.isEmpty())
-            *out += u'\uFFFD';
-        else
-            *out += replacement;
+        out->append(utf8.sliced(run, i - run));
+        out->append(replacement);
         run = i + 1;
     }
-    out->append(text.sliced(run));
+    out->append(utf8.sliced(run));
 }
 
-QString PageBody::paragraphs(const QString &text)
+void PageBody::appendParagraphs(const QString &text, QByteArray *out)
 {
-    const QString plain = text.contains(u'\r') ? QString(text).remove(u'\r') : text;
-    QString out;
-    out.reserve(plain.size() + plain.size() / 4);
+    QByteArray utf8 = text.toUtf8();
+    utf8.removeIf([](char c) { return c == '\r'; }); // CR LF is a line break
     bool open = false;
-    for (const QStringView line : QStringView(plain).split(u'\n')) {
-        if (line.trimmed().isEmpty()) {
+    for (qsizetype start = 0, end = 0; start <= utf8.size(); start = end + 1) {
+        end = utf8.indexOf('\n', start);
+        if (end < 0)
+            end = utf8.size();
+        const QByteArrayView line = QByteArrayView(utf8).sliced(start, end - start);
+        if (blank(line)) {
             if (open)
-                out += QLatin1StringView("</p>\n");
+                out->append("</p>\n");
             open = false;
             continue;
         }
-        out += open ? QLatin1StringView("<br>\n") : QLatin1StringView("<p>");
+        out->append(open ? "<br>\n" : "<p>");
         open = true;
-        appendEscaped(line, &out);
+        appendEscaped(line, out);
     }
     if (open)
-        out += QLatin1StringView("</p>\n");
-    return out;
+        out->append("</p>\n");
 }
 
 QByteArray PageBody::html(const QString &title, const HelpLanguage &language)
 {
-    QString out = QLatin1StringView("<h1>") + escaped(title) + QLatin1StringView("</h1>\n");
-    if (!language.description.trimmed().isEmpty())
-        out += QLatin1StringView("<div class=\"lead\">\n") + paragraphs(language.description)
-            + QLatin1StringView("</div>\n");
+    qsizetype size = 64 + language.description.size();
+    for (const HelpSection &section : language.sections)
+        size += 128 + 2 * section.name.size() + section.content.size();
+    QByteArray out;
+    out.reserve(size + size / 4);
+    out.append("<h1>");
+    appendEscaped(title.toUtf8(), &out);
+    out.append("</h1>\n");
+    if (!language.description.trimmed().isEmpty()) {
+        out.append("<div class=\"lead\">\n");
+        appendParagraphs(language.description, &out);
+        out.append("</div>\n");
+    }
     for (qsizetype i = 0; i < language.sections.size(); ++i) {
         const HelpSection &section = language.sections.at(i);
-        const QString anchor = sectionAnchor(i);
-        out += QStringLiteral("<section>\n<h2 id=\"%1\">%2 <a class=\"permalink\" href=\"#%1\" "
-                              "aria-label=\"\u00b6 %3\">\u00b6</a></h2>\n")
-                   .arg(anchor, escaped(section.name), escaped(section.name))
-            + paragraphs(section.content) + QLatin1StringView("</section>\n");
+        const QByteArray anchor = sectionAnchor(i).toLatin1();
+        QByteArray name;
+        appendEscaped(section.name.toUtf8(), &name);
+        out.append("<section>\n<h2 id=\"").append(anchor).append("\">").append(name);
+        out.append(" <a class=\"permalink\" href=\"#").append(anchor);
+        out.append("\" aria-label=\"\u00b6 ").append(name).append("\">\u00b6</a></h2>\n");
+        appendParagraphs(section.content, &out);
+        out.append("</section>\n");
     }
-    return out.toUtf8();
+    return out;
 }
 
 QString PageBody::lowered(const QString &text)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <QStringView>
 
@@ -23,12 +24,12 @@ public:
     // QString::toLower(), without its case table for text below U+0100.
     static QString lowered(const QString &text);
     static QString escaped(const QString &text);
-    static void appendEscaped(QStringView text, QString *out);
+    static void appendEscaped(QByteArrayView utf8, QByteArray *out);
     // Paragraphs at blank lines; a line break inside one stays a line break.
-    static QString paragraphs(const QString &text);
+    static void appendParagraphs(const QString &text, QByteArray *out);
     static QString sectionAnchor(qsizetype position)
     {
-        return QStringLiteral("s%1").arg(position + 1);
+        return u's' + QString::number(position + 1);
     }
 };
 

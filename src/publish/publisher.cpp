@@ -21,17 +21,23 @@
 
 namespace ZyHelp::Publish {
 
-namespace {
-
-// What is known of a document before its pages are written: a run keeps no
-// document's text, however large the project is, and reads each one again
-// when its pages are written.
+// What the pages need to know of a document besides its text, and the
+// checker's part: a run keeps no document's text, however large the project.
 struct DocumentFacts
 {
     ParseStatus status;
     QStringList languages;
     QList<PageLink> links;
 };
+
+// What every page depends on beyond its own document.
+struct LanguageChoice
+{
+    QStringList languages;
+    QString fallback;
+};
+
+namespace {
 
 // Pages of one folder that one thread writes.
 struct FolderPages
@@ -102,6 +108,28 @@ bool usableKey(const QString &key)
     return !key.isEmpty() && key != u"." && key != u".." && !key.contains(u'/');
 }
 
+// Reads a document and what its pages need to know of it.
+HelpData readDocument(const DocumentEntry &document, const LinkIndex &linkIndex,
+                      DocumentFacts *facts)
+{
+    HelpData data = HelpParser().parse(document.filePath, &facts->status);
+    facts->languages = data.languages.keys();
+    for (const QString &link : std::as_const(data.links))
+        facts->links.append(PageLink{int(linkIndex.indexOf(link)), link});
+    return data;
+}
+
+// The documents' facts, read in parallel and in order.
+QList<DocumentFacts> readFacts(const QList<DocumentEntry> &documents, const LinkIndex &linkIndex)
+{
+    return QtConcurrent::blockingMapped<QList<DocumentFacts>>(
+        documents, [&](const DocumentEntry &document) {
+            DocumentFacts facts;
+            readDocument(document, linkIndex, &facts);
+            return facts;
+        });
+}
+
 } // namespace
 
 Publisher::Publisher(const PublishOptions &options, const QString &projectName)
@@ -123,27 +151,36 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
         m_errorString = output.errorString();
         return Failed;
     }
+    const bool site = m_options.format == PublishOptions::Html;
+    QTemporaryDir staging;
+    const QString root = site ? output.path() : staging.path();
+    if (!site && !staging.isValid()) {
+        m_errorString =
+            QStringLiteral("cannot make a temporary folder: %1").arg(staging.errorString());
+        return Failed;
+    }
 
-    // Read in parallel, in order: the facts line up with the documents.
+    // Every page names the published languages and shows the fallback's text
+    // where its own is missing, and both are certain only once every document
+    // has been read. Reading each document twice, once for them and once for
+    // its pages, would double the run; so they are guessed from the first
+    // documents, and the pages are written as the documents are read. Where
+    // the guess proves wrong, the pages are written again.
     const LinkIndex linkIndex(documents);
-    QList<int> indexes(documents.size());
-    std::iota(indexes.begin(), indexes.end(), 0);
-    const QList<DocumentFacts> facts =
-        QtConcurrent::blockingMapped<QList<DocumentFacts>>(indexes, [&](int i) {
-            DocumentFacts f;
-            const HelpData data = HelpParser().parse(documents.at(i).filePath, &f.status);
-            f.languages = data.languages.keys();
-            for (const QString &link : data.links)
-                f.links.append(PageLink{int(linkIndex.indexOf(link)), link});
-            return f;
-        });
+    QList<DocumentFacts> facts =
+        readFacts(documents.first(std::min<qsizetype>(documents.size(), 16)), linkIndex);
+    LanguageChoice guess;
+    QString error;
+    const bool guessed = chooseLanguages(facts, &guess, &error) == Published;
+    QList<WrittenPages> written;
+    if (guessed)
+        written = writePages(model, documents, linkIndex, guess, root, &facts);
+    else
+        facts = readFacts(documents, linkIndex);
 
-    QMap<QString, qsizetype> documentsPerLanguage;
     for (qsizetype i = 0; i < documents.size(); ++i) {
         const DocumentFacts &content = facts.at(i);
         const QString &path = documents.at(i).displayPath;
-        for (const QString &language : content.languages)
-            ++documentsPerLanguage[language];
         if (content.status.outcome == ParseStatus::Unreadable)
             m_findings.append(Finding{
                 path, 0, 0, Finding::Error, QStringLiteral("unreadable"),
@@ -167,70 +204,104 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
     const bool faulty = std::any_of(m_findings.cbegin(), m_findings.cend(),
                                     [](const Finding &f) { return f.severity == Finding::Error; });
 
-    QStringList languages;
+    LanguageChoice choice;
+    const Status chosen = chooseLanguages(facts, &choice, &m_errorString);
+    if (chosen != Published)
+        return chosen;
+    if (!guessed || choice.languages != guess.languages || choice.fallback != guess.fallback) {
+        // The guess named no language that the choice does not: the
+        // first documents' languages are among all documents' languages.
+        written = writePages(model, documents, linkIndex, choice, root, nullptr);
+    }
+
+    const bool pagesWritten = std::all_of(written.cbegin(), written.cend(),
+                                          [](const WrittenPages &pages) { return pages.ok; });
+    const HtmlPageWriter writer(model, m_projectName, choice.languages,
+                                site ? HtmlPageWriter::Site : HtmlPageWriter::QtHelp);
+    if (!pagesWritten || !writeLanguageFiles(model, writer, choice.languages, written, root)) {
+        m_errorString = QStringLiteral("%1: cannot write the pages").arg(m_options.out);
+        return Failed;
+    }
+    if (!site && !compileQtHelp(model, choice.languages, root, output.path()))
+        return Failed;
+    if (!output.commit()) {
+        m_errorString = output.errorString();
+        return Failed;
+    }
+    return faulty ? Failed : Published;
+}
+
+Publisher::Status Publisher::chooseLanguages(const QList<DocumentFacts> &facts,
+                                             LanguageChoice *choice, QString *error) const
+{
+    QMap<QString, qsizetype> documentsPerLanguage;
+    for (const DocumentFacts &content : facts) {
+        for (const QString &language : content.languages)
+            ++documentsPerLanguage[language];
+    }
     for (const QString &language : m_options.languages) {
         if (!usableKey(language) || !documentsPerLanguage.contains(language)) {
-            m_errorString =
-                QStringLiteral("--languages: no document has the language '%1'").arg(language);
+            *error = QStringLiteral("--languages: no document has the language '%1'").arg(language);
             return UsageError;
         }
-        languages.append(language);
+        choice->languages.append(language);
     }
-    if (languages.isEmpty()) {
+    if (choice->languages.isEmpty()) {
         for (const QString &language : documentsPerLanguage.keys()) {
             if (usableKey(language))
-                languages.append(language);
+                choice->languages.append(language);
         }
     }
-    if (languages.isEmpty()) {
-        m_errorString = QStringLiteral("nothing to publish: no document has a language");
+    if (choice->languages.isEmpty()) {
+        *error = QStringLiteral("nothing to publish: no document has a language");
         return Failed;
     }
     if (!m_options.fallback.isEmpty() && !documentsPerLanguage.contains(m_options.fallback)) {
-        m_errorString =
+        *error =
             QStringLiteral("--fallback: no document has the language '%1'").arg(m_options.fallback);
         return UsageError;
     }
-    const QString fallback =
+    choice->fallback =
         m_options.fallback.isEmpty() ? mostCommon(documentsPerLanguage) : m_options.fallback;
+    return Published;
+}
 
+// Writes every document's pages in the languages of choice, reading each
+// document once; facts, where given, takes what the reading learned.
+QList<WrittenPages> Publisher::writePages(const SiteModel &model,
+                                          const QList<DocumentEntry> &documents,
+                                          const LinkIndex &linkIndex, const LanguageChoice &choice,
+                                          const QString &root, QList<DocumentFacts> *facts) const
+{
     const bool site = m_options.format == PublishOptions::Html;
-    QTemporaryDir staging;
-    const QString root = site ? output.path() : staging.path();
-    if (!site && !staging.isValid()) {
-        m_errorString =
-            QStringLiteral("cannot make a temporary folder: %1").arg(staging.errorString());
-        return Failed;
-    }
-    const HtmlPageWriter writer(model, m_projectName, languages,
+    const HtmlPageWriter writer(model, m_projectName, choice.languages,
                                 site ? HtmlPageWriter::Site : HtmlPageWriter::QtHelp);
-    for (const QString &language : languages) {
+    for (const QString &language : choice.languages) {
         for (qsizetype f = 0; f < model.folderCount(); ++f)
             QDir(root).mkpath(language + u'/' + model.folder(int(f)).path);
     }
 
-    // Each document is read again and all its pages written at once. A task
-    // takes the pages of one folder: its tree is made once per language, and
-    // the threads create files in different folders instead of waiting on
-    // each other for the same folder's lock.
+    // A task takes the pages of one folder: its tree is made once per
+    // language, and the threads create files in different folders instead of
+    // waiting on each other for the same folder's lock.
     const QList<FolderPages> tasks = folderTasks(model);
-    using TaskPages = QList<WrittenPages>;
-    const QList<TaskPages> writtenByTask =
+    using TaskPages = QList<std::pair<DocumentFacts, WrittenPages>>;
+    const QList<TaskPages> byTask =
         QtConcurrent::blockingMapped<QList<TaskPages>>(tasks, [&](const FolderPages &task) {
             QList<FolderTree> trees;
-            for (const QString &language : languages)
+            for (const QString &language : choice.languages)
                 trees.append(writer.folderTree(task.folder, language));
-            QList<WrittenPages> results;
+            TaskPages results;
             for (int i : task.documents) {
-                WrittenPages result;
-                ParseStatus status;
-                const HelpData data = HelpParser().parse(documents.at(i).filePath, &status);
-                const QStringList has = data.languages.keys();
+                DocumentFacts content;
+                WrittenPages pages;
+                const HelpData data = readDocument(documents.at(i), linkIndex, &content);
                 QMap<QString, QByteArray> bodies;
                 QMap<QString, QByteArray> words;
-                for (qsizetype l = 0; l < languages.size(); ++l) {
-                    const QString &language = languages.at(l);
-                    const QString shown = shownLanguage(has, language, fallback);
+                for (qsizetype l = 0; l < choice.languages.size(); ++l) {
+                    const QString &language = choice.languages.at(l);
+                    const QString shown =
+                        shownLanguage(content.languages, language, choice.fallback);
                     if (!bodies.contains(shown)) {
                         const HelpLanguage text = data.languages.value(shown);
                         bodies.insert(shown, PageBody::html(model.title(i), text));
@@ -238,36 +309,29 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
                             words.insert(shown, PageBody::searchWords(model.title(i), text));
                     }
                     const QByteArray html = writer.documentPage(
-                        i, language, shown, bodies.value(shown), facts.at(i).links, trees.at(l));
-                    result.ok = writeFile(root + u'/' + language + u'/' + model.pagePath(i)
-                                              + QLatin1StringView(".html"),
-                                          html)
-                        && result.ok;
-                    result.words.append(words.value(shown));
+                        i, language, shown, bodies.value(shown), content.links, trees.at(l));
+                    pages.ok = writeFile(root + u'/' + language + u'/' + model.pagePath(i)
+                                             + QLatin1StringView(".html"),
+                                         html)
+                        && pages.ok;
+                    pages.words.append(words.value(shown));
                 }
-                results.append(result);
+                results.append({content, pages});
             }
             return results;
         });
     QList<WrittenPages> written(documents.size());
+    if (facts)
+        facts->resize(documents.size());
     for (qsizetype t = 0; t < tasks.size(); ++t) {
-        for (qsizetype d = 0; d < tasks.at(t).documents.size(); ++d)
-            written[tasks.at(t).documents.at(d)] = writtenByTask.at(t).at(d);
+        for (qsizetype d = 0; d < tasks.at(t).documents.size(); ++d) {
+            const int document = tasks.at(t).documents.at(d);
+            written[document] = byTask.at(t).at(d).second;
+            if (facts)
+                (*facts)[document] = byTask.at(t).at(d).first;
+        }
     }
-
-    const bool pagesWritten = std::all_of(written.cbegin(), written.cend(),
-                                          [](const WrittenPages &pages) { return pages.ok; });
-    if (!pagesWritten || !writeLanguageFiles(model, writer, languages, written, root)) {
-        m_errorString = QStringLiteral("%1: cannot write the pages").arg(m_options.out);
-        return Failed;
-    }
-    if (!site && !compileQtHelp(model, languages, root, output.path()))
-        return Failed;
-    if (!output.commit()) {
-        m_errorString = output.errorString();
-        return Failed;
-    }
-    return faulty ? Failed : Published;
+    return written;
 }
 
 // Per language the contents page and, for the site, the search page and its

@@ -8,10 +8,16 @@
 #include <QString>
 #include <QStringList>
 
+namespace ZyHelp {
+class LinkIndex;
+}
+
 namespace ZyHelp::Publish {
 
 class HtmlPageWriter;
 class SiteModel;
+struct DocumentFacts;
+struct LanguageChoice;
 
 // The search words of a document's pages, one entry per published language;
 // false where a page could not be written.
@@ -48,6 +54,11 @@ public:
     QString errorString() const { return m_errorString; }
 
 private:
+    Status chooseLanguages(const QList<DocumentFacts> &facts, LanguageChoice *choice,
+                           QString *error) const;
+    QList<WrittenPages> writePages(const SiteModel &model, const QList<DocumentEntry> &documents,
+                                   const LinkIndex &linkIndex, const LanguageChoice &choice,
+                                   const QString &root, QList<DocumentFacts> *facts) const;
     bool writeLanguageFiles(const SiteModel &model, const HtmlPageWriter &writer,
                             const QStringList &languages, const QList<WrittenPages> &written,
                             const QString &root) const;

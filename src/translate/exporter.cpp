@@ -5,11 +5,16 @@
 #include "xliffwriter.h"
 
 #include <QBuffer>
+#include <QFileDevice>
 #include <QtConcurrent/QtConcurrentMap>
 #include <QtEndian>
 
 #include <algorithm>
 #include <cstring>
+
+#ifdef Q_OS_LINUX
+# include <fcntl.h>
+#endif
 
 namespace ZyHelp::Translate {
 
@@ -53,6 +58,20 @@ QByteArrayView documentOf(QByteArrayView id)
     while (hash > 0 && id.at(hash) != '#')
         --hash;
     return id.first(std::max<qsizetype>(hash, 0));
+}
+
+// The file reaches the disk when it is committed, and a large export would
+// make its user wait for all of it then: what is written so far is sent on
+// its way while the next documents are read. Nothing waits for it here.
+void startWriteback(QIODevice *device)
+{
+#ifdef Q_OS_LINUX
+    auto *file = qobject_cast<QFileDevice *>(device);
+    if (file && file->handle() >= 0 && file->flush())
+        ::sync_file_range(file->handle(), 0, 0, SYNC_FILE_RANGE_WRITE);
+#else
+    Q_UNUSED(device);
+#endif
 }
 
 } // namespace
@@ -205,6 +224,7 @@ QStringList exportCatalog(const QList<DocumentEntry> &documents, const Catalog &
             device->write(text.bytes);
             empty = empty && text.bytes.isEmpty();
         }
+        startWriteback(device);
     }
     if (format == CatalogFile::Xliff)
         XliffWriter(device, header.sourceLanguage, header.targetLanguage).finish(empty);

@@ -270,6 +270,7 @@ void TestPublish::paragraphs_data()
     row("line break", "a\nb", "<p>a<br>\nb</p>\n");
     row("blank line", "a\n\nb", "<p>a</p>\n<p>b</p>\n");
     row("blank line of spaces, CR LF", "a\r\n  \t\r\nb\r\n", "<p>a</p>\n<p>b</p>\n");
+    row("blank line of no-break spaces", "a\n\u00a0\u3000\nb", "<p>a</p>\n<p>b</p>\n");
     row("several blank lines", "\n\na\n\n\n\nb\n\n", "<p>a</p>\n<p>b</p>\n");
     row("empty", "", "");
     row("markup", "<a href='x'>&amp;</a>",

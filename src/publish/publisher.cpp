@@ -14,7 +14,6 @@
 #include <QFile>
 #include <QMap>
 #include <QTemporaryDir>
-#include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <algorithm>
@@ -282,74 +281,54 @@ QList<WrittenPages> Publisher::writePages(const SiteModel &model,
             QDir(root).mkpath(language + u'/' + model.folder(int(f)).path);
     }
 
-    // A task makes the pages of one folder, whose tree is made once per
-    // language. The pages are made on the pool's threads and written by this
-    // one: the file system makes files one at a time however many threads
-    // ask, and the next tasks' pages are made meanwhile.
-    struct MadePages
-    {
-        DocumentFacts facts;
-        QList<QByteArray> html; // per language of choice
-        QList<QByteArray> words;
-    };
-    const auto make = [&](const FolderPages &task) {
-        QList<FolderTree> trees;
-        for (const QString &language : choice.languages)
-            trees.append(writer.folderTree(task.folder, language));
-        QList<MadePages> made;
-        for (int i : task.documents) {
-            MadePages pages;
-            const HelpData data = readDocument(documents.at(i), linkIndex, &pages.facts);
-            QMap<QString, QByteArray> bodies;
-            QMap<QString, QByteArray> words;
-            for (qsizetype l = 0; l < choice.languages.size(); ++l) {
-                const QString &language = choice.languages.at(l);
-                const QString shown =
-                    shownLanguage(pages.facts.languages, language, choice.fallback);
-                if (!bodies.contains(shown)) {
-                    const HelpLanguage text = data.languages.value(shown);
-                    bodies.insert(shown, PageBody::html(model.title(i), text));
-                    if (site)
-                        words.insert(shown, PageBody::searchWords(model.title(i), text));
-                }
-                pages.html.append(writer.documentPage(i, language, shown, bodies.value(shown),
-                                                      pages.facts.links, trees.at(l)));
-                pages.words.append(words.value(shown));
-            }
-            made.append(pages);
-        }
-        return made;
-    };
-
+    // A task takes the pages of one folder: its tree is made once per
+    // language, and the threads create files in different folders instead of
+    // waiting on each other for the same folder's lock.
     const QList<FolderPages> tasks = folderTasks(model);
-    const qsizetype batchSize = std::max(1, QThreadPool::globalInstance()->maxThreadCount());
-    const auto start = [&](qsizetype first) {
-        return QtConcurrent::mapped(tasks.mid(first, batchSize), make);
-    };
+    using TaskPages = QList<std::pair<DocumentFacts, WrittenPages>>;
+    const QList<TaskPages> byTask =
+        QtConcurrent::blockingMapped<QList<TaskPages>>(tasks, [&](const FolderPages &task) {
+            QList<FolderTree> trees;
+            for (const QString &language : choice.languages)
+                trees.append(writer.folderTree(task.folder, language));
+            TaskPages results;
+            for (int i : task.documents) {
+                DocumentFacts content;
+                WrittenPages pages;
+                const HelpData data = readDocument(documents.at(i), linkIndex, &content);
+                QMap<QString, QByteArray> bodies;
+                QMap<QString, QByteArray> words;
+                for (qsizetype l = 0; l < choice.languages.size(); ++l) {
+                    const QString &language = choice.languages.at(l);
+                    const QString shown =
+                        shownLanguage(content.languages, language, choice.fallback);
+                    if (!bodies.contains(shown)) {
+                        const HelpLanguage text = data.languages.value(shown);
+                        bodies.insert(shown, PageBody::html(model.title(i), text));
+                        if (site)
+                            words.insert(shown, PageBody::searchWords(model.title(i), text));
+                    }
+                    const QByteArray html = writer.documentPage(
+                        i, language, shown, bodies.value(shown), content.links, trees.at(l));
+                    pages.ok = writeFile(root + u'/' + language + u'/' + model.pagePath(i)
+                                             + QLatin1StringView(".html"),
+                                         html)
+                        && pages.ok;
+                    pages.words.append(words.value(shown));
+                }
+                results.append({content, pages});
+            }
+            return results;
+        });
     QList<WrittenPages> written(documents.size());
     if (facts)
         facts->resize(documents.size());
-    QFuture<QList<MadePages>> batch = start(0);
-    for (qsizetype first = 0; first < tasks.size(); first += batchSize) {
-        const QList<QList<MadePages>> made = batch.results();
-        if (first + batchSize < tasks.size())
-            batch = start(first + batchSize);
-        for (qsizetype t = 0; t < made.size(); ++t) {
-            const QList<int> &task = tasks.at(first + t).documents;
-            for (qsizetype d = 0; d < task.size(); ++d) {
-                const MadePages &pages = made.at(t).at(d);
-                WrittenPages &done = written[task.at(d)];
-                for (qsizetype l = 0; l < choice.languages.size(); ++l) {
-                    done.ok =
-                        writeFile(root + u'/' + choice.languages.at(l) + u'/'
-                                      + model.pagePath(task.at(d)) + QLatin1StringView(".html"),
-                                  pages.html.at(l))
-                        && done.ok;
-                }
-                done.words = pages.words;
-                if (facts)
-                    (*facts)[task.at(d)] = pages.facts;
-            }
+    for (qsizetype t = 0; t < tasks.size(); ++t) {
+        for (qsizetype d = 0; d < tasks.at(t).documents.size(); ++d) {
+            const int document = tasks.at(t).documents.at(d);
+            written[document] = byTask.at(t).at(d).second;
+            if (facts)
+                (*facts)[document] = byTask.at(t).at(d).first;
         }
     }
     return written;

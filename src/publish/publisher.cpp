@@ -39,6 +39,9 @@ struct LanguageChoice
 
 namespace {
 
+// The documents whose languages give the first guess of the published ones.
+const qsizetype guessedFrom = 16;
+
 // Pages of one folder that one thread writes.
 struct FolderPages
 {
@@ -168,7 +171,7 @@ Publisher::Status Publisher::publish(const QList<DocumentEntry> &documents)
     // the guess proves wrong, the pages are written again.
     const LinkIndex linkIndex(documents);
     QList<DocumentFacts> facts =
-        readFacts(documents.first(std::min<qsizetype>(documents.size(), 16)), linkIndex);
+        readFacts(documents.first(std::min(documents.size(), guessedFrom)), linkIndex);
     LanguageChoice guess;
     QString error;
     const bool guessed = chooseLanguages(facts, &guess, &error) == Published;

@@ -2,23 +2,72 @@
 
 #include "helpdata.h"
 
-#include <QList>
-#include <QSet>
-#include <QStringList>
 #include <QStringView>
 
 #include <algorithm>
+#include <array>
+#include <unordered_set>
+#include <vector>
 
 namespace ZyHelp::Publish {
 
 namespace {
+
+// FNV-1a: the words are short, and Qt's string hash costs several times more.
+struct WordHash
+{
+    size_t operator()(QStringView word) const noexcept
+    {
+        quint64 hash = 14695981039346656037u;
+        for (const QChar c : word)
+            hash = (hash ^ c.unicode()) * 1099511628211u;
+        return size_t(hash);
+    }
+};
+
+using WordSet = std::unordered_set<QStringView, WordHash>;
+
+// Tables for the characters of almost every text, instead of a chain of comparisons.
+constexpr auto latin1Lower = [] {
+    std::array<char16_t, 0x100> lower{};
+    for (char16_t u = 0; u < 0x100; ++u) {
+        const bool upper = (u >= u'A' && u <= u'Z') || (u >= 0xC0 && u <= 0xDE && u != 0xD7);
+        lower[u] = upper ? char16_t(u + 0x20) : u;
+    }
+    return lower;
+}();
+constexpr auto asciiWord = [] {
+    std::array<bool, 0x80> word{};
+    for (char16_t c = 0; c < 0x80; ++c)
+        word[c] = (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z');
+    return word;
+}();
+
+// Appends text lowered to out. Below U+0100 lowering maps one character to
+// one, A-Z and U+00C0-U+00DE but U+00D7 to theirs 0x20 on, so most texts need
+// no case table.
+void appendLowered(const QString &text, QString *out)
+{
+    const qsizetype at = out->size();
+    out->resize(at + text.size());
+    QChar *to = out->data() + at;
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        if (u >= 0x100) {
+            out->truncate(at);
+            out->append(text.toLower());
+            return;
+        }
+        *to++ = QChar(latin1Lower[u]);
+    }
+}
 
 // The length of the letter or digit at i, 2 for one beyond the BMP, or 0.
 int wordCharacterAt(QStringView text, qsizetype i)
 {
     const char16_t c = text[i].unicode();
     if (c < 0x80)
-        return (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z');
+        return asciiWord[c];
     if (QChar::isHighSurrogate(c) && i + 1 < text.size() && text[i + 1].isLowSurrogate())
         return QChar::isLetterOrNumber(QChar::surrogateToUcs4(c, text[i + 1].unicode())) ? 2 : 0;
     return QChar::isLetterOrNumber(c) ? 1 : 0;
@@ -26,7 +75,7 @@ int wordCharacterAt(QStringView text, qsizetype i)
 
 // Words as the search page splits a query: runs of letters and digits, also
 // beyond the BMP.
-void addWords(QStringView text, QList<QStringView> *words)
+void addWords(QStringView text, WordSet *words)
 {
     for (qsizetype i = 0; i < text.size();) {
         int length = wordCharacterAt(text, i);
@@ -38,7 +87,7 @@ void addWords(QStringView text, QList<QStringView> *words)
         do
             i += length;
         while (i < text.size() && (length = wordCharacterAt(text, i)) > 0);
-        words->append(text.sliced(start, i - start));
+        words->insert(text.sliced(start, i - start));
     }
 }
 
@@ -157,34 +206,37 @@ QByteArray PageBody::html(const QString &title, const HelpLanguage &language)
 
 QString PageBody::lowered(const QString &text)
 {
-    // Below U+0100 lowering maps one character to one, A-Z and U+00C0-U+00DE
-    // but U+00D7 to theirs 0x20 on, so most texts need no case table.
-    QString lower = text;
-    for (QChar &c : lower) {
-        const char16_t u = c.unicode();
-        if (u >= 0x100)
-            return text.toLower();
-        if ((u >= u'A' && u <= u'Z') || (u >= 0xC0 && u <= 0xDE && u != 0xD7))
-            c = QChar(char16_t(u + 0x20));
-    }
+    QString lower;
+    appendLowered(text, &lower);
     return lower;
 }
 
 QByteArray PageBody::searchWords(const QString &title, const HelpLanguage &language)
 {
-    // Views into the lowered texts, made unique, then sorted: no word is
-    // copied until the result is joined, and a text repeats most of its words.
-    QStringList texts{lowered(title), lowered(language.description)};
+    // The texts lowered into one string, a line break after each, and split
+    // into a set of views of it: no word is copied until the result is
+    // joined, and a text repeats most of its words.
+    qsizetype size = title.size() + language.description.size() + 2;
     for (const HelpSection &section : language.sections)
-        texts << lowered(section.name) << lowered(section.content);
-    QList<QStringView> words;
-    for (const QString &text : std::as_const(texts))
-        addWords(text, &words);
-    const QSet<QStringView> unique(words.cbegin(), words.cend());
-    QList<QStringView> sorted(unique.cbegin(), unique.cend());
+        size += section.name.size() + section.content.size() + 2;
+    QString lower;
+    lower.reserve(size);
+    const auto add = [&lower](const QString &text) {
+        appendLowered(text, &lower);
+        lower += u'\n';
+    };
+    add(title);
+    add(language.description);
+    for (const HelpSection &section : language.sections) {
+        add(section.name);
+        add(section.content);
+    }
+    WordSet unique;
+    addWords(lower, &unique);
+    std::vector<QStringView> sorted(unique.cbegin(), unique.cend());
     std::sort(sorted.begin(), sorted.end());
     QString joined;
-    for (const QStringView word : std::as_const(sorted)) {
+    for (const QStringView word : sorted) {
         if (!joined.isEmpty())
             joined += u' ';
         joined += word;

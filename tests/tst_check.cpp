@@ -98,9 +98,10 @@ private slots:
         const QByteArray out = std::get<1>(check("--help")),
                          editor = std::get<1>(check("zyhelpeditor --help"));
         QCOMPARE(out.mid(out.indexOf("  --format")), Test::readFile(ZY_CHECK_DATA "/help.txt"));
+        const char *projectOption =
+            "  projekt        Projektdatei (.zyproject), die beim Start geöffnet wird.\n";
         QVERIFY(editor.contains("]\nEditor für mehrsprachige Hilfedokumente (ZY Help Editor).\n")
-                && editor.contains(
-                    "  projekt        Projektdatei (.zyproject), die beim Start geöffnet wird.\n"));
+                && editor.contains(projectOption));
     }
 };
 

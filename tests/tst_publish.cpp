@@ -293,9 +293,11 @@ void TestPublish::siteModel()
     const auto entry = [](const QString &relative) {
         return DocumentEntry{relative, relative, relative};
     };
-    const ZyHelp::Publish::SiteModel model({entry("z.zyhelp"), entry("b/b/x.zyhelp"),
-                                            entry("a/Ä 100%#?.zyhelp"), entry("a/ä 100%#?.ZYHELP"),
-                                            entry("b/a.zyhelp")});
+    const QList<DocumentEntry> entries{
+        entry("z.zyhelp"),          entry("b/b/x.zyhelp"), entry("a/Ä 100%#?.zyhelp"),
+        entry("a/ä 100%#?.ZYHELP"), entry("b/a.zyhelp"),
+    };
+    const ZyHelp::Publish::SiteModel model(entries);
     // Contents order: a folder's subfolders, then its pages; by name.
     QCOMPARE(model.order(), QList<int>({2, 3, 1, 4, 0}));
     QCOMPARE(model.position(4), 3);

@@ -164,8 +164,8 @@ private slots:
     void poWrapping_data()
     {
         QTest::addColumn<QString>("text");
-        const QString words = "Ein Satz mit Wörtern, die über die Zeilenbreite von gettext hinaus "
-                              "gehen und dort umbrochen werden; ";
+        const QString words = "Ein Satz mit Wörtern, die über die Zeilenbreite von gettext "
+                              "hinaus gehen und dort umbrochen werden; ";
         QTest::newRow("spaces") << words + words;
         QTest::newRow("a word longer than a line")
             << "Vor " + QString(120, u'x') + " nach " + words;

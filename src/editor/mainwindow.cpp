@@ -629,10 +629,9 @@ void MainWindow::deleteItem(QTreeWidgetItem *item)
         break;
     case TypeLanguage: {
         const QString langKey = item->data(0, LangKeyRole).toString();
-        if (QMessageBox::question(this, tr("Löschen"), tr("Sprache '") + langKey + tr("' löschen?"))
-            != QMessageBox::Yes) {
+        const QString question = tr("Sprache '") + langKey + tr("' löschen?");
+        if (QMessageBox::question(this, tr("Löschen"), question) != QMessageBox::Yes)
             return;
-        }
         m_helpFiles[filePath].languages.remove(langKey);
         saveFile(filePath);
         loadProjectView();
@@ -641,7 +640,8 @@ void MainWindow::deleteItem(QTreeWidgetItem *item)
     case TypeSection: {
         const QString langKey = item->data(0, LangKeyRole).toString();
         const int index = item->data(0, SectionIndexRole).toInt();
-        if (QMessageBox::question(this, tr("Löschen"), tr("Sektion löschen?")) != QMessageBox::Yes)
+        const QString question = tr("Sektion löschen?");
+        if (QMessageBox::question(this, tr("Löschen"), question) != QMessageBox::Yes)
             return;
         QList<ZyHelp::HelpSection> &sections = m_helpFiles[filePath].languages[langKey].sections;
         if (index >= 0 && index < sections.size())

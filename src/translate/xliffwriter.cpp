@@ -124,12 +124,7 @@ void XliffWriter::writeDocumentXml(const QList<TranslationUnit> &units)
     QXmlStreamWriter xml(&text);
     xml.setAutoFormatting(true);
     xml.setAutoFormattingIndent(2);
-    xml.writeStartElement(QStringLiteral("file"));
-    xml.writeAttribute(QStringLiteral("original"), units.first().document);
-    xml.writeAttribute(QStringLiteral("source-language"), m_sourceLanguage);
-    if (!m_targetLanguage.isEmpty())
-        xml.writeAttribute(QStringLiteral("target-language"), m_targetLanguage);
-    xml.writeAttribute(QStringLiteral("datatype"), QStringLiteral("plaintext"));
+    writeFileStart(xml, units.first().document);
     xml.writeStartElement(QStringLiteral("body"));
     const auto textElement = [&xml](const QString &name, const QString &content) {
         xml.writeStartElement(name);
@@ -166,18 +161,23 @@ void XliffWriter::writeDocumentXml(const QList<TranslationUnit> &units)
     m_device->write(text.toUtf8());
 }
 
+void XliffWriter::writeFileStart(QXmlStreamWriter &xml, const QString &original) const
+{
+    xml.writeStartElement(QStringLiteral("file"));
+    xml.writeAttribute(QStringLiteral("original"), original);
+    xml.writeAttribute(QStringLiteral("source-language"), m_sourceLanguage);
+    if (!m_targetLanguage.isEmpty())
+        xml.writeAttribute(QStringLiteral("target-language"), m_targetLanguage);
+    xml.writeAttribute(QStringLiteral("datatype"), QStringLiteral("plaintext"));
+}
+
 void XliffWriter::finish(bool empty)
 {
     if (empty) {
         QString text;
         QXmlStreamWriter xml(&text);
         xml.writeCharacters(QStringLiteral("\n"));
-        xml.writeStartElement(QStringLiteral("file"));
-        xml.writeAttribute(QStringLiteral("original"), QString());
-        xml.writeAttribute(QStringLiteral("source-language"), m_sourceLanguage);
-        if (!m_targetLanguage.isEmpty())
-            xml.writeAttribute(QStringLiteral("target-language"), m_targetLanguage);
-        xml.writeAttribute(QStringLiteral("datatype"), QStringLiteral("plaintext"));
+        writeFileStart(xml, QString());
         xml.writeEmptyElement(QStringLiteral("body"));
         xml.writeEndElement();
         m_device->write(text.toUtf8());

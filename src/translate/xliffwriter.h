@@ -3,6 +3,7 @@
 #include "catalog.h"
 
 class QIODevice;
+class QXmlStreamWriter;
 
 namespace ZyHelp::Translate {
 
@@ -26,6 +27,7 @@ public:
 
 private:
     void writeDocumentXml(const QList<TranslationUnit> &units);
+    void writeFileStart(QXmlStreamWriter &xml, const QString &original) const;
 
     QIODevice *m_device;
     QString m_sourceLanguage;

@@ -19,9 +19,10 @@ packages=(
 # Tools whose version is fixed, which only Debian 12 has under these names:
 # clang-format 14 checks the code style (test code_style, skipped without it)
 # and clang 14's libFuzzer runs the fuzz targets (scripts/fuzz.sh); the forky
-# leg does neither.
+# leg does neither. libclang-rt-14-dev holds the fuzzer's and the sanitizers'
+# runtime libraries, which neither clang nor libfuzzer-14-dev pulls in.
 if grep -qs '^VERSION_ID="12"' /etc/os-release && grep -qs '^ID=debian' /etc/os-release; then
-    packages+=(clang-format-14 clang libfuzzer-14-dev)
+    packages+=(clang-format-14 clang libfuzzer-14-dev libclang-rt-14-dev)
 fi
 if [ "${ZY_SETUP_EXTRA:-}" != "" ]; then
     # shellcheck disable=SC2206

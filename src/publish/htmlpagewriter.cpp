@@ -15,7 +15,20 @@ QString esc(const QString &text)
     return PageBody::escaped(text);
 }
 
-const QLatin1StringView pageEnd("</main>\n</div>\n</body>\n</html>\n");
+// Appends text, escaped, as UTF-8.
+void appendText(QByteArray *out, const QString &text)
+{
+    PageBody::appendEscaped(text.toUtf8(), out);
+}
+
+QByteArray htmlText(const QString &text)
+{
+    QByteArray out;
+    appendText(&out, text);
+    return out;
+}
+
+const char pageEnd[] = "</main>\n</div>\n</body>\n</html>\n";
 
 } // namespace
 
@@ -23,81 +36,87 @@ HtmlPageWriter::HtmlPageWriter(const SiteModel &model, const QString &projectNam
                                const QStringList &languages, Target target)
     : m_model(model)
     , m_projectName(projectName)
+    , m_projectHtml(htmlText(projectName))
     , m_languages(languages)
     , m_target(target)
 {
-    for (qsizetype i = 0; i < model.pageCount(); ++i)
-        m_titles.append(esc(model.title(int(i))).toUtf8());
+    for (qsizetype i = 0; i < model.pageCount(); ++i) {
+        m_titles.append(htmlText(model.title(int(i))));
+        m_pageUrls.append(model.pageUrl(int(i)).toLatin1());
+    }
     for (qsizetype i = 0; i < model.folderCount(); ++i)
-        m_folderNames.append(esc(model.folder(int(i)).name).toUtf8());
+        m_folderNames.append(htmlText(model.folder(int(i)).name));
+    for (const QString &language : languages)
+        m_languageNames.append(htmlText(language));
 }
 
-QString HtmlPageWriter::up(int document) const
+QByteArray HtmlPageWriter::up(int document) const
 {
-    return QStringLiteral("../").repeated(m_model.folder(m_model.folderOf(document)).depth);
-}
-
-QString HtmlPageWriter::pageUrl(int document, const QString &up) const
-{
-    return up + m_model.pageUrl(document);
-}
-
-QString HtmlPageWriter::folderUrl(int folder, const QString &up) const
-{
-    return up + QStringLiteral("index.html#f%1").arg(folder);
+    return QByteArray("../").repeated(m_model.folder(m_model.folderOf(document)).depth);
 }
 
 // Style sheet and script lie in OUT/ for the site, in the language's folder for Qt Help.
-QString HtmlPageWriter::head(const QString &language, const QString &title, const QString &up) const
+void HtmlPageWriter::appendHead(QByteArray *out, const QString &language, QByteArrayView title,
+                                QByteArrayView up) const
 {
-    const QString assets = m_target == Site ? up + QLatin1StringView("../") : up;
-    return QStringLiteral("<!DOCTYPE html>\n<html lang=\"%1\">\n<head>\n<meta charset=\"utf-8\">\n"
-                          "<meta name=\"viewport\" content=\"width=device-width, "
-                          "initial-scale=1\">\n<title>%2 \u2013 %3</title>\n"
-                          "<link rel=\"stylesheet\" href=\"%4style.css\">\n</head>\n<body>\n")
-        .arg(esc(language), esc(title), esc(m_projectName), assets);
+    out->append("<!DOCTYPE html>\n<html lang=\"");
+    appendText(out, language);
+    out->append("\">\n<head>\n<meta charset=\"utf-8\">\n"
+                "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+                "<title>");
+    out->append(title).append(" \u2013 ").append(m_projectHtml);
+    out->append("</title>\n<link rel=\"stylesheet\" href=\"").append(up);
+    if (m_target == Site)
+        out->append("../");
+    out->append("style.css\">\n</head>\n<body>\n");
 }
 
 // The skip link, the project's name, the search and the language switch.
 // pagePath is the page below each language's folder, for the switch.
-QString HtmlPageWriter::banner(const QString &language, const QString &up,
-                               const QString &pagePath) const
+void HtmlPageWriter::appendBanner(QByteArray *out, const QString &language, QByteArrayView up,
+                                  QByteArrayView pagePath) const
 {
     const SiteText &text = SiteText::forLanguage(language);
-    QString out = QStringLiteral("<a class=\"skip\" href=\"#main\">%1</a>\n<header>\n"
-                                 "<p class=\"project\"><a href=\"%2index.html\">%3</a></p>\n")
-                      .arg(esc(text.skip), up, esc(m_projectName));
+    out->append("<a class=\"skip\" href=\"#main\">");
+    appendText(out, text.skip);
+    out->append("</a>\n<header>\n<p class=\"project\"><a href=\"").append(up);
+    out->append("index.html\">").append(m_projectHtml).append("</a></p>\n");
     if (m_target == Site) {
-        out += QStringLiteral("<form class=\"search\" role=\"search\" action=\"%1search.html\">"
-                              "<input type=\"search\" name=\"q\" id=\"q\" aria-label=\"%2\">"
-                              " <button type=\"submit\">%3</button></form>\n")
-                   .arg(up, esc(text.searchLabel), esc(text.search));
+        out->append("<form class=\"search\" role=\"search\" action=\"").append(up);
+        out->append("search.html\"><input type=\"search\" name=\"q\" id=\"q\" aria-label=\"");
+        appendText(out, text.searchLabel);
+        out->append("\"> <button type=\"submit\">");
+        appendText(out, text.search);
+        out->append("</button></form>\n");
         if (m_languages.size() > 1) {
-            out += QStringLiteral("<nav class=\"languages\" aria-label=\"%1\">\n<ul>\n")
-                       .arg(esc(text.languages));
-            for (const QString &other : m_languages) {
-                if (other == language)
-                    out += QStringLiteral("<li><span aria-current=\"true\" lang=\"%1\">%1</span>"
-                                          "</li>\n")
-                               .arg(esc(other));
-                else
-                    out += QStringLiteral("<li><a href=\"%1../%2/%3\" hreflang=\"%2\" "
-                                          "lang=\"%2\">%2</a></li>\n")
-                               .arg(up, esc(other), pagePath);
+            out->append("<nav class=\"languages\" aria-label=\"");
+            appendText(out, text.languages);
+            out->append("\">\n<ul>\n");
+            for (qsizetype i = 0; i < m_languages.size(); ++i) {
+                const QByteArray &other = m_languageNames.at(i);
+                if (m_languages.at(i) == language) {
+                    out->append("<li><span aria-current=\"true\" lang=\"").append(other);
+                    out->append("\">").append(other).append("</span></li>\n");
+                } else {
+                    out->append("<li><a href=\"").append(up).append("../").append(other);
+                    out->append('/').append(pagePath).append("\" hreflang=\"").append(other);
+                    out->append("\" lang=\"").append(other).append("\">").append(other);
+                    out->append("</a></li>\n");
+                }
             }
-            out += QLatin1StringView("</ul>\n</nav>\n");
+            out->append("</ul>\n</nav>\n");
         }
     }
-    return out + QLatin1StringView("</header>\n");
+    out->append("</header>\n");
 }
 
 FolderTree HtmlPageWriter::folderTree(int folder, const QString &language) const
 {
     FolderTree tree;
     tree.folder = folder;
-    tree.html = QStringLiteral("<div class=\"page\">\n<nav class=\"contents\" aria-label=\"%1\">\n")
-                    .arg(esc(SiteText::forLanguage(language).contents))
-                    .toUtf8();
+    tree.html = "<div class=\"page\">\n<nav class=\"contents\" aria-label=\"";
+    appendText(&tree.html, SiteText::forLanguage(language).contents);
+    tree.html += "\">\n";
     QList<int> openFolders;
     for (int open = folder; open > 0; open = m_model.folder(open).parent)
         openFolders.append(open);
@@ -129,7 +148,7 @@ void HtmlPageWriter::addTreeFolder(int folder, const QList<int> &openFolders, co
         }
     }
     for (int page : f.pages) {
-        out += "<li><a href=\"" + up + m_model.pageUrl(page).toLatin1() + '"';
+        out += "<li><a href=\"" + up + m_pageUrls.at(page) + '"';
         if (folder == tree->folder)
             tree->marks.insert(page, out.size());
         out += ">" + m_titles.at(page) + "</a></li>\n";
@@ -137,74 +156,91 @@ void HtmlPageWriter::addTreeFolder(int folder, const QList<int> &openFolders, co
     out += "</ul>\n";
 }
 
+// Built as UTF-8 from parts escaped once: a project has many pages.
 QByteArray HtmlPageWriter::documentPage(int document, const QString &language,
                                         const QString &textLanguage, const QByteArray &body,
                                         const QList<PageLink> &links, const FolderTree &tree) const
 {
     const SiteText &text = SiteText::forLanguage(language);
-    const QString u = up(document);
-    const QString url = SiteModel::url(m_model.pagePath(document)) + QLatin1StringView(".html");
-    const QByteArray start =
-        (head(language, m_model.title(document), u) + banner(language, u, url)).toUtf8();
+    const QByteArray u = up(document);
+    const QByteArray &title = m_titles.at(document);
+    QByteArray page;
+    page.reserve(4096 + tree.html.size() + body.size());
+    appendHead(&page, language, title, u);
+    appendBanner(&page, language, u, m_pageUrls.at(document));
     const qsizetype mark = tree.marks.value(document);
+    page.append(tree.html.constData(), mark).append(" aria-current=\"page\"");
+    page.append(tree.html.constData() + mark, tree.html.size() - mark);
 
-    QString top = QStringLiteral("<main id=\"main\">\n<nav class=\"breadcrumbs\" "
-                                 "aria-label=\"%1\">\n<ol>\n"
-                                 "<li><a href=\"%2index.html\">%3</a></li>\n")
-                      .arg(esc(text.breadcrumbs), u, esc(text.contents));
+    page.append("<main id=\"main\">\n<nav class=\"breadcrumbs\" aria-label=\"");
+    appendText(&page, text.breadcrumbs);
+    page.append("\">\n<ol>\n<li><a href=\"").append(u).append("index.html\">");
+    appendText(&page, text.contents);
+    page.append("</a></li>\n");
     QList<int> folders;
     for (int f = m_model.folderOf(document); f > 0; f = m_model.folder(f).parent)
         folders.prepend(f);
-    for (int f : folders)
-        top += QStringLiteral("<li><a href=\"%1\">%2</a></li>\n")
-                   .arg(folderUrl(f, u), esc(m_model.folder(f).name));
-    top += QStringLiteral("<li aria-current=\"page\">%1</li>\n</ol>\n</nav>\n")
-               .arg(esc(m_model.title(document)));
-    if (textLanguage != language)
-        top += QStringLiteral("<p class=\"note\" role=\"note\">%1</p>\n")
-                   .arg(esc(text.untranslated.arg(textLanguage)));
-    top += textLanguage == language
-        ? QStringLiteral("<article>\n")
-        : QStringLiteral("<article lang=\"%1\">\n").arg(esc(textLanguage));
+    for (int f : folders) {
+        page.append("<li><a href=\"")
+            .append(u)
+            .append("index.html#f")
+            .append(QByteArray::number(f));
+        page.append("\">").append(m_folderNames.at(f)).append("</a></li>\n");
+    }
+    page.append("<li aria-current=\"page\">").append(title).append("</li>\n</ol>\n</nav>\n");
+    if (textLanguage == language) {
+        page.append("<article>\n");
+    } else {
+        page.append("<p class=\"note\" role=\"note\">");
+        appendText(&page, text.untranslated.arg(textLanguage));
+        page.append("</p>\n<article lang=\"");
+        appendText(&page, textLanguage);
+        page.append("\">\n");
+    }
+    page.append(body).append("</article>\n");
 
     // The links are the site's words, not the text's: outside the article.
-    QString bottom = QStringLiteral("</article>\n");
+    const auto appendLink = [&](int target, const char *before, const char *after) {
+        page.append("<li><a ").append(before).append("href=\"").append(u);
+        page.append(m_pageUrls.at(target)).append("\">").append(after);
+    };
     if (!links.isEmpty()) {
-        bottom += QStringLiteral("<h2 id=\"see-also\">%1</h2>\n<ul class=\"see-also\">\n")
-                      .arg(esc(text.seeAlso));
+        page.append("<h2 id=\"see-also\">");
+        appendText(&page, text.seeAlso);
+        page.append("</h2>\n<ul class=\"see-also\">\n");
         for (const PageLink &link : links) {
-            if (link.target < 0)
-                bottom += QStringLiteral("<li>%1</li>\n").arg(esc(link.text));
-            else
-                bottom += QStringLiteral("<li><a href=\"%1\">%2</a></li>\n")
-                              .arg(pageUrl(link.target, u), esc(m_model.title(link.target)));
+            if (link.target < 0) {
+                page.append("<li>");
+                appendText(&page, link.text);
+            } else {
+                appendLink(link.target, "", "");
+                page.append(m_titles.at(link.target)).append("</a>");
+            }
+            page.append("</li>\n");
         }
-        bottom += QLatin1StringView("</ul>\n");
+        page.append("</ul>\n");
     }
 
     const int position = m_model.position(document);
     const QList<int> &order = m_model.order();
     if (order.size() > 1) {
-        bottom +=
-            QStringLiteral("<nav class=\"pager\" aria-label=\"%1\">\n<ul>\n").arg(esc(text.pages));
-        if (position > 0)
-            bottom += QStringLiteral("<li><a rel=\"prev\" href=\"%1\">\u2190 %2: %3</a></li>\n")
-                          .arg(pageUrl(order.at(position - 1), u), esc(text.previous),
-                               esc(m_model.title(order.at(position - 1))));
-        if (position + 1 < order.size())
-            bottom += QStringLiteral("<li><a rel=\"next\" href=\"%1\">%2: %3 \u2192</a></li>\n")
-                          .arg(pageUrl(order.at(position + 1), u), esc(text.next),
-                               esc(m_model.title(order.at(position + 1))));
-        bottom += QLatin1StringView("</ul>\n</nav>\n");
+        page.append("<nav class=\"pager\" aria-label=\"");
+        appendText(&page, text.pages);
+        page.append("\">\n<ul>\n");
+        if (position > 0) {
+            appendLink(order.at(position - 1), "rel=\"prev\" ", "\u2190 ");
+            appendText(&page, text.previous);
+            page.append(": ").append(m_titles.at(order.at(position - 1))).append("</a></li>\n");
+        }
+        if (position + 1 < order.size()) {
+            appendLink(order.at(position + 1), "rel=\"next\" ", "");
+            appendText(&page, text.next);
+            page.append(": ").append(m_titles.at(order.at(position + 1)));
+            page.append(" \u2192</a></li>\n");
+        }
+        page.append("</ul>\n</nav>\n");
     }
-    bottom += pageEnd;
-    const QByteArray end = bottom.toUtf8();
-    QByteArray page = start;
-    page.reserve(start.size() + tree.html.size() + top.size() + body.size() + end.size() + 32);
-    page.append(tree.html.constData(), mark);
-    page += " aria-current=\"page\"";
-    page.append(tree.html.constData() + mark, tree.html.size() - mark);
-    return page + top.toUtf8() + body + end;
+    return page.append(pageEnd);
 }
 
 // The whole tree, every folder open, each with the anchor that the pages'
@@ -212,10 +248,11 @@ QByteArray HtmlPageWriter::documentPage(int document, const QString &language,
 QByteArray HtmlPageWriter::contentsPage(const QString &language) const
 {
     const SiteText &text = SiteText::forLanguage(language);
-    QString out = head(language, text.contents, QString())
-        + banner(language, QString(), QStringLiteral("index.html"))
-        + QStringLiteral("<div class=\"page\">\n<main id=\"main\">\n<h1>%1</h1>\n")
-              .arg(esc(m_projectName));
+    QByteArray out;
+    appendHead(&out, language, htmlText(text.contents), {});
+    appendBanner(&out, language, {}, "index.html");
+    out.append("<div class=\"page\">\n<main id=\"main\">\n<h1>").append(m_projectHtml);
+    out.append("</h1>\n");
     QString list;
     const std::function<void(int)> add = [&](int folder) {
         const SiteFolder &f = m_model.folder(folder);
@@ -229,30 +266,33 @@ QByteArray HtmlPageWriter::contentsPage(const QString &language) const
         }
         for (int page : f.pages)
             list += QStringLiteral("<li><a href=\"%1\">%2</a></li>\n")
-                        .arg(pageUrl(page, QString()), esc(m_model.title(page)));
+                        .arg(m_model.pageUrl(page), esc(m_model.title(page)));
         list += QLatin1StringView("</ul>\n");
     };
     if (m_model.pageCount() > 0)
         add(0);
     out += QStringLiteral("<nav class=\"contents full\" aria-label=\"%1\">\n%2</nav>\n")
-               .arg(esc(text.contents), list);
-    return (out + pageEnd).toUtf8();
+               .arg(esc(text.contents), list)
+               .toUtf8();
+    return out.append(pageEnd);
 }
 
 QByteArray HtmlPageWriter::searchPage(const QString &language) const
 {
     const SiteText &text = SiteText::forLanguage(language);
-    const QString out = head(language, text.search, QString())
-        + banner(language, QString(), QStringLiteral("search.html"))
-        + QStringLiteral("<div class=\"page\">\n<main id=\"main\">\n<h1>%1</h1>\n"
-                         "<p id=\"status\" role=\"status\" data-none=\"%3\" "
-                         "data-found=\"%1\">%2</p>\n"
-                         "<ol id=\"results\">\n"
-                         "<li hidden></li>\n</ol>\n"
-                         "<script src=\"search-index.js\"></script>\n"
-                         "<script src=\"../search.js\"></script>\n")
-              .arg(esc(text.searchResults), esc(text.needsScript), esc(text.noResults));
-    return (out + pageEnd).toUtf8();
+    QByteArray out;
+    appendHead(&out, language, htmlText(text.search), {});
+    appendBanner(&out, language, {}, "search.html");
+    out += QStringLiteral("<div class=\"page\">\n<main id=\"main\">\n<h1>%1</h1>\n"
+                          "<p id=\"status\" role=\"status\" data-none=\"%3\" "
+                          "data-found=\"%1\">%2</p>\n"
+                          "<ol id=\"results\">\n"
+                          "<li hidden></li>\n</ol>\n"
+                          "<script src=\"search-index.js\"></script>\n"
+                          "<script src=\"../search.js\"></script>\n")
+               .arg(esc(text.searchResults), esc(text.needsScript), esc(text.noResults))
+               .toUtf8();
+    return out.append(pageEnd);
 }
 
 QByteArray HtmlPageWriter::redirectPage() const

@@ -51,19 +51,23 @@ public:
     QByteArray redirectPage() const;
 
 private:
-    QString head(const QString &language, const QString &title, const QString &up) const;
-    QString banner(const QString &language, const QString &up, const QString &pagePath) const;
+    // title is escaped UTF-8, as are the other parts but language.
+    void appendHead(QByteArray *out, const QString &language, QByteArrayView title,
+                    QByteArrayView up) const;
+    void appendBanner(QByteArray *out, const QString &language, QByteArrayView up,
+                      QByteArrayView pagePath) const;
     void addTreeFolder(int folder, const QList<int> &openFolders, const QByteArray &up,
                        FolderTree *tree) const;
-    QString pageUrl(int document, const QString &up) const;
-    QString folderUrl(int folder, const QString &up) const;
-    QString up(int document) const;
+    QByteArray up(int document) const;
 
     const SiteModel &m_model;
     QList<QByteArray> m_titles; // escaped UTF-8, by document
+    QList<QByteArray> m_pageUrls; // by document
     QList<QByteArray> m_folderNames; // escaped UTF-8, by folder
     QString m_projectName;
+    QByteArray m_projectHtml; // escaped UTF-8
     QStringList m_languages;
+    QList<QByteArray> m_languageNames; // escaped UTF-8
     Target m_target;
 };
 

@@ -35,7 +35,7 @@ private slots:
     void folderTree();
     void searchWords_data();
     void searchWords();
-    void lowered();
+    void latin1Words();
     void qhpFaults();
     void oneLanguage();
     void lateLanguages();
@@ -356,19 +356,28 @@ void TestPublish::searchWords_data()
         << "\U0001D400b \U0001F600" << QString("t \U0001D400b").toUtf8();
     QTest::newRow("markup is text") << "<b>fett</b>" << QByteArray("b fett t");
     // Lowered before it is split: the dot that lowering adds splits the word.
+    // Latin-1 text and the rest go different ways, to the same words.
+    QTest::newRow("one word both ways") << "t \u0394" << QString("t \u03b4").toUtf8();
     QTest::newRow("longer in lower case") << "\u0130stanbul" << QByteArray("i stanbul t");
 }
 
-// The short way of lowering Latin-1 text lowers as Qt does, character for
-// character, and leaves the rest to Qt.
-void TestPublish::lowered()
+// Latin-1 text is lowered and split through tables of its own: as Qt lowers
+// and classifies it, character for character.
+void TestPublish::latin1Words()
 {
-    QString latin1;
-    for (char16_t c = 0; c < 0x100; ++c)
-        latin1 += QChar(c);
-    QCOMPARE(ZyHelp::Publish::PageBody::lowered(latin1), latin1.toLower());
-    const QString beyond = latin1 + "\u0130\u0391\U0001D400";
-    QCOMPARE(ZyHelp::Publish::PageBody::lowered(beyond), beyond.toLower());
+    QString text;
+    QStringList words{"t"};
+    for (char16_t c = 0; c < 0x100; ++c) {
+        text += QChar(c) + QStringLiteral(" x") + QChar(c) + u' ';
+        if (QChar::isLetterOrNumber(c))
+            words << QString(QChar(c)).toLower() << QStringLiteral("x") + QChar(c).toLower();
+    }
+    words.append("x");
+    words.sort();
+    words.removeDuplicates();
+    ZyHelp::HelpLanguage language;
+    language.description = text;
+    QCOMPARE(ZyHelp::Publish::PageBody::searchWords("T", language), words.join(u' ').toUtf8());
 }
 
 // The search page splits a query as the index splits the text.

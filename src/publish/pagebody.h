@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
-#include <QStringView>
 
 namespace ZyHelp {
 struct HelpLanguage;
@@ -21,8 +20,6 @@ public:
     // The distinct lower-case words of the text, sorted, joined by spaces.
     static QByteArray searchWords(const QString &title, const HelpLanguage &language);
 
-    // QString::toLower(), without its case table for text below U+0100.
-    static QString lowered(const QString &text);
     static QString escaped(const QString &text);
     static void appendEscaped(QByteArrayView utf8, QByteArray *out);
     // Paragraphs at blank lines; a line break inside one stays a line break.

@@ -300,7 +300,7 @@ QList<WrittenPages> Publisher::writePages(const SiteModel &model,
                 WrittenPages pages;
                 const HelpData data = readDocument(documents.at(i), linkIndex, &content);
                 QMap<QString, QByteArray> bodies;
-                QMap<QString, QByteArray> words;
+                QMap<QString, QByteArray> entries; // search index entries
                 for (qsizetype l = 0; l < choice.languages.size(); ++l) {
                     const QString &language = choice.languages.at(l);
                     const QString shown =
@@ -308,8 +308,12 @@ QList<WrittenPages> Publisher::writePages(const SiteModel &model,
                     if (!bodies.contains(shown)) {
                         const HelpLanguage text = data.languages.value(shown);
                         bodies.insert(shown, PageBody::html(model.title(i), text));
-                        if (site)
-                            words.insert(shown, PageBody::searchWords(model.title(i), text));
+                        if (site) {
+                            entries.insert(shown,
+                                           SearchIndexWriter::entry(
+                                               model.pageUrl(i), model.title(i),
+                                               PageBody::searchWords(model.title(i), text)));
+                        }
                     }
                     const QByteArray html = writer.documentPage(
                         i, language, shown, bodies.value(shown), content.links, trees.at(l));
@@ -317,7 +321,7 @@ QList<WrittenPages> Publisher::writePages(const SiteModel &model,
                                              + QLatin1StringView(".html"),
                                          html)
                         && pages.ok;
-                    pages.words.append(words.value(shown));
+                    pages.searchEntries.append(entries.value(shown));
                 }
                 results.append({content, pages});
             }
@@ -353,8 +357,7 @@ bool Publisher::writeLanguageFiles(const SiteModel &model, const HtmlPageWriter 
         if (site) {
             SearchIndexWriter index;
             for (int document : model.order())
-                index.add(model.pageUrl(document), model.title(document),
-                          written.at(document).words.at(l));
+                index.add(written.at(document).searchEntries.at(l));
             ok = ok
                 && writeFile(folder + QLatin1StringView("/search.html"),
                              writer.searchPage(languages.at(l)))

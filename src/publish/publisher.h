@@ -19,11 +19,11 @@ class SiteModel;
 struct DocumentFacts;
 struct LanguageChoice;
 
-// The search words of a document's pages, one entry per published language;
+// The search index entries of a document's pages, one per published language;
 // false where a page could not be written.
 struct WrittenPages
 {
-    QList<QByteArray> words;
+    QList<QByteArray> searchEntries;
     bool ok = true;
 };
 

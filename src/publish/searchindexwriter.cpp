@@ -5,11 +5,19 @@
 
 namespace ZyHelp::Publish {
 
-void SearchIndexWriter::add(const QString &url, const QString &title, const QByteArray &words)
+QByteArray SearchIndexWriter::entry(const QString &url, const QString &title,
+                                    const QByteArray &words)
 {
-    const QJsonArray entry{url, title, QString::fromUtf8(words)};
-    m_entries +=
-        (m_entries.isEmpty() ? "\n" : ",\n") + QJsonDocument(entry).toJson(QJsonDocument::Compact);
+    // Words are letters and digits between spaces: nothing in them needs
+    // escaping, and a page's words are most of the index.
+    QByteArray entry = QJsonDocument(QJsonArray{url, title}).toJson(QJsonDocument::Compact);
+    entry.chop(1); // ]
+    return entry.append(",\"").append(words).append("\"]");
+}
+
+void SearchIndexWriter::add(const QByteArray &entry)
+{
+    m_entries.append(m_entries.isEmpty() ? "\n" : ",\n").append(entry);
 }
 
 QByteArray SearchIndexWriter::script() const

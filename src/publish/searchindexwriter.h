@@ -11,7 +11,9 @@ namespace ZyHelp::Publish {
 class SearchIndexWriter
 {
 public:
-    void add(const QString &url, const QString &title, const QByteArray &words);
+    // One page's entry, made where the page is: the index only joins them.
+    static QByteArray entry(const QString &url, const QString &title, const QByteArray &words);
+    void add(const QByteArray &entry);
     QByteArray script() const;
 
 private:

@@ -273,9 +273,9 @@ void TestPublish::paragraphs_data()
     row("blank line of no-break spaces", "a\n\u00a0\u3000\nb", "<p>a</p>\n<p>b</p>\n");
     row("several blank lines", "\n\na\n\n\n\nb\n\n", "<p>a</p>\n<p>b</p>\n");
     row("empty", "", "");
-    row("markup", "<a href='x'>&amp;</a>",
-        "<p>&lt;a href=&#39;x&#39;&gt;&amp;amp;&lt;/a&gt;</p>\n");
-    row("control character", "a\001b", "<p>a\uFFFDb</p>\n");
+    row("markup", "<a href='x' title=\"y\">&amp;</a>",
+        "<p>&lt;a href=&#39;x&#39; title=&quot;y&quot;&gt;&amp;amp;&lt;/a&gt;</p>\n");
+    row("control characters, not tab", "a\001b\tc\037 ", "<p>a\uFFFDb\tc\uFFFD </p>\n");
 }
 
 void TestPublish::paragraphs()

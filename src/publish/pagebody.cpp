@@ -13,6 +13,14 @@ namespace ZyHelp::Publish {
 namespace {
 
 // Tables for the characters of almost every text, instead of a chain of comparisons.
+constexpr auto htmlSpecial = [] {
+    std::array<bool, 0x100> special{};
+    for (const char c : {'&', '<', '>', '"', '\''})
+        special[uchar(c)] = true;
+    for (char c = 0; c < 0x20; ++c)
+        special[uchar(c)] = c != '\t' && c != '\n';
+    return special;
+}();
 constexpr auto latin1Lower = [] {
     std::array<char16_t, 0x100> lower{};
     for (char16_t u = 0; u < 0x100; ++u) {
@@ -194,7 +202,7 @@ void PageBody::appendEscaped(QByteArrayView utf8, QByteArray *out)
     qsizetype run = 0;
     for (qsizetype i = 0; i < utf8.size(); ++i) {
         const uchar c = uchar(utf8[i]);
-        if (c >= '@')
+        if (!htmlSpecial[c])
             continue;
         const char *replacement;
         switch (c) {
@@ -213,10 +221,7 @@ void PageBody::appendEscaped(QByteArrayView utf8, QByteArray *out)
         case '\'':
             replacement = "&#39;";
             break;
-        default:
-            // Control characters other than tab and line breaks are no HTML text.
-            if (c >= 0x20 || c == '\t' || c == '\n')
-                continue;
+        default: // control characters other than tab and line breaks are no HTML text
             replacement = "\uFFFD";
         }
         out->append(utf8.sliced(run, i - run));
@@ -229,7 +234,8 @@ void PageBody::appendEscaped(QByteArrayView utf8, QByteArray *out)
 void PageBody::appendParagraphs(const QString &text, QByteArray *out)
 {
     QByteArray utf8 = text.toUtf8();
-    utf8.removeIf([](char c) { return c == '\r'; }); // CR LF is a line break
+    if (utf8.contains('\r'))
+        utf8.removeIf([](char c) { return c == '\r'; }); // CR LF is a line break
     bool open = false;
     for (qsizetype start = 0, end = 0; start <= utf8.size(); start = end + 1) {
         end = utf8.indexOf('\n', start);

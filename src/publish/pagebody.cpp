@@ -273,11 +273,12 @@ QByteArray PageBody::html(const QString &title, const HelpLanguage &language)
     }
     for (qsizetype i = 0; i < language.sections.size(); ++i) {
         const HelpSection &section = language.sections.at(i);
-        const QByteArray anchor = sectionAnchor(i).toLatin1();
+        // The anchor is s and the position: it stays while sections keep their order.
+        const QByteArray position = QByteArray::number(i + 1);
         QByteArray name;
         appendEscaped(section.name.toUtf8(), &name);
-        out.append("<section>\n<h2 id=\"").append(anchor).append("\">").append(name);
-        out.append(" <a class=\"permalink\" href=\"#").append(anchor);
+        out.append("<section>\n<h2 id=\"s").append(position).append("\">").append(name);
+        out.append(" <a class=\"permalink\" href=\"#s").append(position);
         out.append("\" aria-label=\"\u00b6 ").append(name).append("\">\u00b6</a></h2>\n");
         appendParagraphs(section.content, &out);
         out.append("</section>\n");

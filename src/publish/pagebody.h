@@ -24,10 +24,6 @@ public:
     static void appendEscaped(QByteArrayView utf8, QByteArray *out);
     // Paragraphs at blank lines; a line break inside one stays a line break.
     static void appendParagraphs(const QString &text, QByteArray *out);
-    static QString sectionAnchor(qsizetype position)
-    {
-        return u's' + QString::number(position + 1);
-    }
 };
 
 } // namespace ZyHelp::Publish

@@ -79,10 +79,12 @@ QString shownLanguage(const QStringList &has, const QString &language, const QSt
     return has.contains(fallback) ? fallback : has.first();
 }
 
+// Unbuffered: a page is written whole, and a buffer would only copy it once more.
 bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
+        && file.write(bytes) == bytes.size();
 }
 
 QByteArray resource(const QString &name)

@@ -153,25 +153,26 @@ void addText(QStringView text, QString *lower, WordSet *words)
         return;
     }
     lower->resize(at + text.size());
-    QChar *to = lower->data() + at;
-    qsizetype start = -1;
-    quint64 hash = hashBasis;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = latin1Lower[text[i].unicode()];
-        to[i] = QChar(c);
-        if (latin1Word[c]) {
-            if (start < 0) {
-                start = i;
-                hash = hashBasis;
-            }
-            hash = (hash ^ c) * hashPrime;
-        } else if (start >= 0) {
-            words->insert(at + start, i - start, hash);
-            start = -1;
+    const char16_t *from = text.utf16();
+    char16_t *to = reinterpret_cast<char16_t *>(lower->data()) + at;
+    for (qsizetype i = 0; i < text.size();) {
+        char16_t c = latin1Lower[from[i]];
+        to[i] = c;
+        if (!latin1Word[c]) {
+            ++i;
+            continue;
         }
+        const qsizetype start = i;
+        quint64 hash = hashBasis;
+        do {
+            hash = (hash ^ c) * hashPrime;
+            if (++i == text.size())
+                break;
+            c = latin1Lower[from[i]];
+            to[i] = c;
+        } while (latin1Word[c]);
+        words->insert(at + start, i - start, hash);
     }
-    if (start >= 0)
-        words->insert(at + start, text.size() - start, hash);
 }
 
 // Whether the UTF-8 line holds nothing but white space, as QString::trimmed() sees it.

@@ -173,6 +173,11 @@ private slots:
         QTest::newRow("line breaks and backslashes")
             << words + "\n\\\nEnde\n" + words + "\\" + words + "\n";
         QTest::newRow("tabs and quotes") << words + "\t\"Zitat\"\t" + words;
+        // Control characters without an escape take no column.
+        QTest::newRow("control characters") << words + "\a\b\f\v\r\x01\x1f " + words;
+        QTest::newRow("control characters, one line") << QString(69, u'x') + "\x01\x02\x03\x05";
+        QTest::newRow("one long word") << QString(100, u'x');
+        QTest::newRow("long word, short word") << QString(100, u'x') + " y";
     }
     void poWrapping() // PO strings wrapped exactly as gettext's msgcat wraps them
     {

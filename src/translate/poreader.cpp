@@ -132,11 +132,16 @@ bool Parser::string(const QByteArray &text, qsizetype from, QByteArray *out)
             return true;
         }
         if (c != '\\') {
-            // The run up to the next quote or backslash in one go.
-            qsizetype end = i + 1;
-            while (end < text.size() && text.at(end) != '"' && text.at(end) != '\\')
-                ++end;
-            out->append(text.constData() + i, end - i);
+            // The run up to the next quote or backslash in one go, found by memchr:
+            // reading a catalog is mostly this.
+            const char *data = text.constData();
+            const char *stop = data + text.size();
+            if (const void *quote = std::memchr(data + i, '"', size_t(stop - data - i)))
+                stop = static_cast<const char *>(quote);
+            if (const void *backslash = std::memchr(data + i, '\\', size_t(stop - data - i)))
+                stop = static_cast<const char *>(backslash);
+            const qsizetype end = stop - data;
+            out->append(data + i, end - i);
             i = end - 1;
             continue;
         }

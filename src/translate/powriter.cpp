@@ -77,9 +77,16 @@ void appendEscaped(const QString &text, QByteArray *out)
 
 // The columns gettext counts for a byte of UTF-8: none for the continuation
 // of a character, nor for a control character that has no escape.
+constexpr auto byteColumns = [] {
+    std::array<uchar, 0x100> columns{};
+    for (int c = 0x20; c < 0x100; ++c)
+        columns[c] = (c & 0xC0) != 0x80;
+    return columns;
+}();
+
 int columnsOf(char c)
 {
-    return (uchar(c) & 0xC0) != 0x80 && uchar(c) >= 0x20;
+    return byteColumns[uchar(c)];
 }
 
 // Where gettext would cut the escaped text into lines: after every "\n"

@@ -224,6 +224,9 @@ void TestPublish::badInput_data()
     row("qhelpgenerator only warns",
         "--format qthelp --qhelpgenerator DATA/warning-qhelpgenerator.sh DATA/site", 1,
         "Warning: file index.html not found");
+    row("qhelpgenerator fails",
+        "--format qthelp --qhelpgenerator DATA/failing-qhelpgenerator.sh DATA/site", 1,
+        "(exit status 3): Error: cannot read the help project");
     row("no qhelpgenerator", "--format qthelp --qhelpgenerator /nonexistent DATA/site", 1,
         "/nonexistent: not an executable program");
     row("faulty document", "DATA/faulty.zyhelp", 1, "faulty.zyhelp:8:48: error: faulty XML", true);

@@ -178,6 +178,7 @@ private slots:
         QTest::newRow("control characters, one line") << QString(69, u'x') + "\x01\x02\x03\x05";
         QTest::newRow("one long word") << QString(100, u'x');
         QTest::newRow("long word, short word") << QString(100, u'x') + " y";
+        QTest::newRow("long word before a space") << QString(100, u'x') + " ";
     }
     void poWrapping() // PO strings wrapped exactly as gettext's msgcat wraps them
     {

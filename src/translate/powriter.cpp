@@ -90,7 +90,7 @@ int columnsOf(char c)
 }
 
 // Where gettext would cut the escaped text into lines: after every "\n"
-// and, where a line would pass the width (in characters, not UTF-8 bytes),
+// and, where a line would pass the width (in columns, not UTF-8 bytes),
 // after the last space that fits. A longer word stays whole. ends takes the
 // end of every line but the last, which ends with the text.
 void wrap(const QByteArray &text, qsizetype width, QList<qsizetype> *ends)

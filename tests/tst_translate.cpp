@@ -179,6 +179,11 @@ private slots:
         QTest::newRow("one long word") << QString(100, u'x');
         QTest::newRow("long word, short word") << QString(100, u'x') + " y";
         QTest::newRow("long word before a space") << QString(100, u'x') + " ";
+        // Spaces that begin a line are no place to cut it.
+        QTest::newRow("long word after a space") << "  " + QString(100, u'x');
+        QTest::newRow("long word after a short one") << " a " + QString(100, u'x');
+        QTest::newRow("long word at a line's start")
+            << QString(70, u'a') + "\n " + QString(100, u'x');
     }
     void poWrapping() // PO strings wrapped exactly as gettext's msgcat wraps them
     {

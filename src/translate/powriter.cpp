@@ -99,6 +99,7 @@ void wrap(const QByteArray &text, qsizetype width, QList<qsizetype> *ends)
     qsizetype start = 0;
     qsizetype columns = 0;
     qsizetype cut = -1; // after the last space of the line
+    bool word = false; // whether the line has more than spaces so far
     for (qsizetype i = 0; i < text.size(); ++i) {
         const char c = text.at(i);
         columns += columnsOf(c);
@@ -108,15 +109,19 @@ void wrap(const QByteArray &text, qsizetype width, QList<qsizetype> *ends)
             i = cut - 1;
             columns = 0;
             cut = -1;
+            word = false;
             continue;
         }
-        if (c == ' ')
+        if (c != ' ')
+            word = true;
+        else if (word) // spaces that begin a line are no place to cut
             cut = i + 1;
         if (c == 'n' && i > start && text.at(i - 1) == '\\' && !escapedBackslash(text, i - 1)) {
             ends->append(i + 1);
             start = i + 1;
             columns = 0;
             cut = -1;
+            word = false;
         }
     }
     if (!ends->isEmpty() && ends->last() == text.size())
@@ -180,10 +185,12 @@ void PoWriter::writeString(const char *keyword, const QString &text, const char 
     const auto characters = [&] {
         return std::count_if(body.cbegin(), body.cend(), [](char c) { return columnsOf(c) > 0; });
     };
-    // gettext cuts only at a space before the last character: a text with no
-    // such space stays beside its keyword however long it is.
+    // gettext cuts only at a space after the first other character and before
+    // the last: a text with no such space stays beside its keyword however long.
     const auto cuttable = [&] {
-        return !body.isEmpty() && std::find(body.cbegin(), body.cend() - 1, ' ') != body.cend() - 1;
+        const auto last = body.isEmpty() ? body.cend() : body.cend() - 1;
+        const auto word = std::find_if(body.cbegin(), last, [](char c) { return c != ' '; });
+        return std::find(word, last, ' ') != last;
     };
     m_buffer += prefix;
     m_buffer += keyword;

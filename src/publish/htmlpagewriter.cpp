@@ -10,11 +10,6 @@ namespace ZyHelp::Publish {
 
 namespace {
 
-QString esc(const QString &text)
-{
-    return PageBody::escaped(text);
-}
-
 // Appends text, escaped, as UTF-8.
 void appendText(QByteArray *out, const QString &text)
 {
@@ -26,6 +21,12 @@ QByteArray htmlText(const QString &text)
     QByteArray out;
     appendText(&out, text);
     return out;
+}
+
+// For the pages that are still filled in with QString::arg().
+QString esc(const QString &text)
+{
+    return QString::fromUtf8(htmlText(text));
 }
 
 const char pageEnd[] = "</main>\n</div>\n</body>\n</html>\n";
@@ -253,27 +254,27 @@ QByteArray HtmlPageWriter::contentsPage(const QString &language) const
     appendBanner(&out, language, {}, "index.html");
     out.append("<div class=\"page\">\n<main id=\"main\">\n<h1>").append(m_projectHtml);
     out.append("</h1>\n");
-    QString list;
+    out.append("<nav class=\"contents full\" aria-label=\"");
+    appendText(&out, text.contents);
+    out.append("\">\n");
     const std::function<void(int)> add = [&](int folder) {
         const SiteFolder &f = m_model.folder(folder);
-        list += QLatin1StringView("<ul>\n");
+        out.append("<ul>\n");
         for (int child : f.folders) {
-            list += QStringLiteral("<li class=\"folder\" id=\"f%1\"><span>%2</span>\n")
-                        .arg(child)
-                        .arg(esc(m_model.folder(child).name));
+            out.append("<li class=\"folder\" id=\"f").append(QByteArray::number(child));
+            out.append("\"><span>").append(m_folderNames.at(child)).append("</span>\n");
             add(child);
-            list += QLatin1StringView("</li>\n");
+            out.append("</li>\n");
         }
-        for (int page : f.pages)
-            list += QStringLiteral("<li><a href=\"%1\">%2</a></li>\n")
-                        .arg(m_model.pageUrl(page), esc(m_model.title(page)));
-        list += QLatin1StringView("</ul>\n");
+        for (int page : f.pages) {
+            out.append("<li><a href=\"").append(m_pageUrls.at(page)).append("\">");
+            out.append(m_titles.at(page)).append("</a></li>\n");
+        }
+        out.append("</ul>\n");
     };
     if (m_model.pageCount() > 0)
         add(0);
-    out += QStringLiteral("<nav class=\"contents full\" aria-label=\"%1\">\n%2</nav>\n")
-               .arg(esc(text.contents), list)
-               .toUtf8();
+    out.append("</nav>\n");
     return out.append(pageEnd);
 }
 

@@ -189,13 +189,6 @@ bool blank(QByteArrayView line)
 
 } // namespace
 
-QString PageBody::escaped(const QString &text)
-{
-    QByteArray out;
-    appendEscaped(text.toUtf8(), &out);
-    return QString::fromUtf8(out);
-}
-
 void PageBody::appendEscaped(QByteArrayView utf8, QByteArray *out)
 {
     // Runs of bytes that stay as they are are appended at once. What needs

@@ -20,7 +20,6 @@ public:
     // The distinct lower-case words of the text, sorted, joined by spaces.
     static QByteArray searchWords(const QString &title, const HelpLanguage &language);
 
-    static QString escaped(const QString &text);
     static void appendEscaped(QByteArrayView utf8, QByteArray *out);
     // Paragraphs at blank lines; a line break inside one stays a line break.
     static void appendParagraphs(const QString &text, QByteArray *out);

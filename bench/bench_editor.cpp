@@ -1,5 +1,6 @@
 #include "benchutil.h"
 
+#include "documentcache.h"
 #include "helpdata.h"
 #include "mainwindow.h"
 #include "projectmanager.h"
@@ -188,6 +189,7 @@ struct Figures
     int nodes = 0;
     double parseMs = 1e300; // one thread, in this warm process
     double freshParseMs = 1e300; // one thread, in a fresh process: the cold open's floor
+    double poolParseMs = 1e300; // all cores, in a fresh process, no nodes: the open's reading
     double coldMs = 1e300;
     double coldMiB = 1e300;
     double reloadMs = 1e300; // F5 with nothing changed
@@ -234,6 +236,18 @@ bool freshParse(const QString &projectFile, Figures &figures)
     if (values.size() != 1)
         return false;
     figures.freshParseMs = std::min(figures.freshParseMs, values.at(0));
+    return true;
+}
+
+// What the cold open's reading alone takes: every document read on all cores by
+// the editor's document cache, in a fresh process, with no node made. The cold
+// open cannot be faster than this on the machine.
+bool poolParse(const QString &projectFile, Figures &figures)
+{
+    const QList<double> values = runChild(QStringLiteral("--pool-parse"), projectFile);
+    if (values.size() != 1)
+        return false;
+    figures.poolParseMs = std::min(figures.poolParseMs, values.at(0));
     return true;
 }
 
@@ -291,6 +305,7 @@ Figures measure(int documentCount)
     for (int round = 0; round < rounds; ++round) {
         figures.parseMs = std::min(figures.parseMs, Bench::bestOfMs(1, [&] { parseAll(manager); }));
         figures.ok = freshParse(projectFile, figures) && figures.ok;
+        figures.ok = poolParse(projectFile, figures) && figures.ok;
         figures.floorMs = std::min(figures.floorMs, Bench::bestOfMs(3, refreshAndStat));
         for (int cold = 0; cold < coldOpensPerRound; ++cold)
             figures.ok = coldOpen(projectFile, figures) && figures.ok;
@@ -319,6 +334,8 @@ void printFigures(int documentCount, const Figures &figures)
                        figures.parseMs, QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("parse every document, one thread, fresh process (floor)"),
                        figures.freshParseMs, QStringLiteral("ms"));
+    Bench::printFigure(QStringLiteral("read every document, all cores, fresh process, no nodes"),
+                       figures.poolParseMs, QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("cold open, fresh process (from the file dialog's close)"),
                        figures.coldMs, QStringLiteral("ms"));
     Bench::printFigure(QStringLiteral("F5, nothing changed"), figures.reloadMs,
@@ -331,6 +348,8 @@ void printFigures(int documentCount, const Figures &figures)
                        QStringLiteral("MiB"));
     Bench::printRatio(QStringLiteral("cold open / one-thread parse in a fresh process"),
                       figures.coldMs / figures.freshParseMs, 0.6);
+    Bench::printFigure(QStringLiteral("  reading alone, all cores / one-thread parse, fresh"),
+                       figures.poolParseMs / figures.freshParseMs, QStringLiteral("x"));
     Bench::printFigure(QStringLiteral("  cold open / one-thread parse in this process"),
                        figures.coldMs / figures.parseMs, QStringLiteral("x"));
     Bench::printRatio(QStringLiteral("F5 / cold open"), figures.reloadMs / figures.coldMs, 0.3);
@@ -364,6 +383,25 @@ int benchFreshParse(const QString &projectFile)
     const QList<ZyHelp::HelpData> documents = parseAll(manager);
     std::printf("%.3f\n", timer.nsecsElapsed() / 1e6);
     return documents.size() == manager.files().size() ? 0 : 1;
+}
+
+int benchPoolParse(const QString &projectFile)
+{
+    const QuietMessages quiet;
+    ZyHelp::ProjectManager manager;
+    if (!manager.openProject(projectFile))
+        return 1;
+    const QDir root(manager.rootPath());
+    QStringList filePaths;
+    for (const QString &entry : manager.files())
+        filePaths.append(root.filePath(entry));
+    QElapsedTimer timer;
+    timer.start();
+    ZyHelp::DocumentCache cache;
+    qsizetype received = 0;
+    cache.read(filePaths, [&](qsizetype, const ZyHelp::DocumentCache::Document &) { ++received; });
+    std::printf("%.3f\n", timer.nsecsElapsed() / 1e6);
+    return received == filePaths.size() ? 0 : 1;
 }
 
 void benchEditor()

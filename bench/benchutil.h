@@ -68,3 +68,5 @@ int benchColdOpen(const QString &projectFile);
 // The child process that parses every document of the project on one thread
 // and prints the time.
 int benchFreshParse(const QString &projectFile);
+// The same on all cores through the editor's document cache, no node made.
+int benchPoolParse(const QString &projectFile);

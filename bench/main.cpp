@@ -17,6 +17,8 @@ int main(int argc, char **argv)
         return benchColdOpen(QString::fromLocal8Bit(argv[2]));
     if (argc == 3 && std::strcmp(argv[1], "--one-thread-parse") == 0)
         return benchFreshParse(QString::fromLocal8Bit(argv[2]));
+    if (argc == 3 && std::strcmp(argv[1], "--pool-parse") == 0)
+        return benchPoolParse(QString::fromLocal8Bit(argv[2]));
     const struct
     {
         const char *name;

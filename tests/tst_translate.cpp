@@ -486,6 +486,61 @@ private slots:
                                  "msgstr \"First text\"\n"));
     }
 
+    void catalogNotWrittenWhole_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::newRow("PO") << "x.po";
+        QTest::newRow("XLIFF") << "x.xlf";
+    }
+    void catalogNotWrittenWhole() // as on a full disk: reported, and the old file stays
+    {
+        QFETCH(QString, file);
+        const QByteArray old = "the earlier file\n";
+        Test::writeFile(path(file), old);
+        Catalog catalog;
+        catalog.sourceLanguage = "de";
+        catalog.targetLanguage = "en";
+        const QString text(4096, u'x');
+        catalog.units = {{"a.zyhelp#1/content", text, text, {}, "a.zyhelp", {}, false}};
+        const int written = Test::inChild([&] {
+            Test::limitFileSize(1024);
+            QString error;
+            const bool ok = CatalogFile::write(path(file), catalog, &error);
+            return ok ? 1 : error.startsWith(path(file) + ": error: cannot write: ") ? 0 : 2;
+        });
+        QCOMPARE(written, 0);
+        QCOMPARE(Test::readFile(path(file)), old);
+    }
+
+    void exportNotWrittenWhole_data()
+    {
+        QTest::addColumn<QString>("output");
+        QTest::newRow("PO") << "x.po";
+        QTest::newRow("XLIFF") << "x.xlf";
+        QTest::newRow("stdout") << "";
+    }
+    void exportNotWrittenWhole() // as on a full disk: exit 1, and an earlier file stays whole
+    {
+        QFETCH(QString, output);
+        QStringList arguments{"export", "--source", "de", "--target", "en", "proj"};
+        QString script = "trap '' XFSZ; ulimit -f 1; exec \"$0\" \"$@\" > stdout.po";
+        QByteArray earlier;
+        if (!output.isEmpty()) {
+            arguments << "-o" << output;
+            script.chop(QStringLiteral(" > stdout.po").size());
+            exportFilled(output); // merged with, so the new file would differ
+            earlier = Test::readFile(path(output));
+        }
+        // Files may grow to 512 bytes (dash counts in blocks of 512); an export is longer.
+        QVERIFY(translate("export --source de --target en proj").out.size() > 1024);
+        const Run limited = run("sh", QStringList{"-c", script, ZY_TRANSLATE_BINARY} + arguments);
+        QCOMPARE(limited.code, 1);
+        const QString name = output.isEmpty() ? QStringLiteral("stdout") : output;
+        QVERIFY2(limited.err.startsWith(name + ": error: cannot write: "), qPrintable(limited.err));
+        if (!output.isEmpty())
+            QCOMPARE(Test::readFile(path(output)), earlier);
+    }
+
     void status()
     {
         HelpData c;

@@ -1,12 +1,10 @@
 #include "helpdata.h"
+#include "savefile.h"
 #include "xmltext.h"
 
 #include <QDebug>
 #include <QSaveFile>
 #include <QXmlStreamWriter>
-
-#include <cerrno>
-#include <cstring>
 
 namespace ZyHelp {
 
@@ -65,19 +63,9 @@ bool HelpWriter::writeXml(const HelpData &data, const QString &filePath)
 
     const QByteArray bytes = toXml(data);
 
-    // Written in one go and flushed before the commit: Qt 6.4's QSaveFile
-    // commits a file that a size limit or a full disk cut short, but the
-    // write or the flush reports it.
     QString error;
-    if (file.write(bytes) != bytes.size() || !file.flush()) {
-        // A write cut short leaves the device without an error of its own.
-        error = file.error() != QFileDevice::NoError ? file.errorString()
-                                                     : QString::fromLocal8Bit(std::strerror(errno));
-        file.cancelWriting();
-    }
-    if (!file.commit()) {
-        qWarning() << "Konnte Datei nicht schreiben:" << filePath << ":"
-                   << (error.isEmpty() ? file.errorString() : error);
+    if (!commitSaveFile(&file, file.write(bytes) == bytes.size(), &error)) {
+        qWarning() << "Konnte Datei nicht schreiben:" << filePath << ":" << error;
         return false;
     }
     return true;

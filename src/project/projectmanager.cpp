@@ -1,6 +1,7 @@
 #include "projectmanager.h"
 #include "pathkey.h"
 #include "projectfile.h"
+#include "savefile.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -211,10 +212,8 @@ bool ProjectManager::saveProject()
         return false;
 
     const QByteArray bytes = ProjectFileWriter::toXml(m_projectName, m_files);
-    // Only the write and the flush report a file cut short, not the commit.
-    if (file.write(bytes) != bytes.size() || !file.flush())
-        file.cancelWriting();
-    return file.commit();
+    QString error;
+    return commitSaveFile(&file, file.write(bytes) == bytes.size(), &error);
 }
 
 void ProjectManager::refreshFileList()

@@ -5,6 +5,8 @@
 #include "xliffreader.h"
 #include "xliffwriter.h"
 
+#include "savefile.h"
+
 #include <QFile>
 #include <QSaveFile>
 
@@ -82,8 +84,9 @@ bool CatalogFile::write(const QString &path, const Catalog &catalog, QString *er
         XliffWriter(&file, catalog.sourceLanguage, catalog.targetLanguage).write(catalog);
     else
         PoWriter(&file).write(catalog);
-    if (!file.commit()) {
-        *errorString = QStringLiteral("%1: error: cannot write: %2").arg(path, file.errorString());
+    QString error;
+    if (!commitSaveFile(&file, true, &error)) {
+        *errorString = QStringLiteral("%1: error: cannot write: %2").arg(path, error);
         return false;
     }
     return true;

@@ -3,6 +3,7 @@
 #include "documentcollector.h"
 #include "exporter.h"
 #include "importer.h"
+#include "savefile.h"
 #include "statistics.h"
 
 #include <QCommandLineParser>
@@ -99,10 +100,12 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
         exportCatalog(documents, header, earlier ? &*earlier : nullptr,
                       output.isEmpty() ? CatalogFile::Po : CatalogFile::formatOf(output), device);
     printLines(stderr, errors);
-    if (!output.isEmpty() && !file.commit()) {
+    QString error;
+    if (output.isEmpty() ? !standardOutput.flush() : !commitSaveFile(&file, true, &error)) {
         write(stderr,
               QStringLiteral("%1: error: cannot write: %2\n")
-                  .arg(output, file.errorString())
+                  .arg(output.isEmpty() ? QStringLiteral("stdout") : output,
+                       output.isEmpty() ? standardOutput.errorString() : error)
                   .toUtf8());
         return Failed;
     }

@@ -86,6 +86,17 @@ private slots:
         QTEST(exitCode, "exitCode");
     }
 
+    void reportNotWritten() // a report cut short by a full disk fails the run, clean or not
+    {
+        QProcess proc;
+        proc.setWorkingDirectory(data.path());
+        proc.setStandardOutputFile("/dev/full");
+        proc.start(ZY_CHECK_BINARY, {"clean"});
+        QVERIFY(proc.waitForFinished(60000));
+        QCOMPARE(proc.exitCode(), 1);
+        QVERIFY(proc.readAllStandardError().startsWith("stdout: error: cannot write: "));
+    }
+
     void json() // the findings of expected.txt, as one JSON document
     {
         const QByteArray out = std::get<1>(check("--format json project/handbuch.zyproject"));

@@ -541,6 +541,17 @@ private slots:
             QCOMPARE(Test::readFile(path(output)), earlier);
     }
 
+    void statusNotWritten() // a report cut short by a full disk fails the run
+    {
+        QProcess process;
+        process.setWorkingDirectory(m_dir.path());
+        process.setStandardOutputFile("/dev/full");
+        process.start(ZY_TRANSLATE_BINARY, {"status", "--source", "de", "proj"});
+        QVERIFY(process.waitForFinished(60000));
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(process.readAllStandardError().startsWith("stdout: error: cannot write: "));
+    }
+
     void status()
     {
         HelpData c;

@@ -75,5 +75,5 @@ int main(int argc, char **argv)
 
     const qsizetype failures = result.count(Finding::Error)
         + (parser.isSet(strictOption) ? result.count(Finding::Warning) : 0);
-    return failures > 0 ? Failed : Passed;
+    return finish(failures > 0 ? Failed : Passed);
 }

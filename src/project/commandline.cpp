@@ -4,6 +4,10 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
 namespace ZyHelp::CommandLine {
 
 void write(std::FILE *stream, const QByteArray &bytes)
@@ -15,6 +19,17 @@ void printLines(std::FILE *stream, const QStringList &lines)
 {
     for (const QString &line : lines)
         write(stream, (line + u'\n').toUtf8());
+}
+
+int finish(int status)
+{
+    errno = 0;
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return status;
+    const QString reason = errno != 0 ? QString::fromLocal8Bit(std::strerror(errno))
+                                      : QStringLiteral("a write failed");
+    write(stderr, QStringLiteral("stdout: error: cannot write: %1\n").arg(reason).toUtf8());
+    return std::max(status, int(Failed));
 }
 
 bool parseArguments(QCommandLineParser *parser)

@@ -25,6 +25,10 @@ void printLines(std::FILE *stream, const QStringList &lines);
 // the program; false after a usage error, which is printed.
 bool parseArguments(QCommandLineParser *parser);
 
+// status, or Failed for a run whose standard output could not be written whole
+// (a full disk), which is said on stderr: a report cut short is no report.
+int finish(int status);
+
 // Prints "PROGRAM: MESSAGE" on stderr and returns UsageError.
 int usageError(const QString &message);
 

@@ -101,12 +101,10 @@ int runExport(const QCommandLineParser &parser, const QStringList &paths)
                       output.isEmpty() ? CatalogFile::Po : CatalogFile::formatOf(output), device);
     printLines(stderr, errors);
     QString error;
-    if (output.isEmpty() ? !standardOutput.flush() : !commitSaveFile(&file, true, &error)) {
-        write(stderr,
-              QStringLiteral("%1: error: cannot write: %2\n")
-                  .arg(output.isEmpty() ? QStringLiteral("stdout") : output,
-                       output.isEmpty() ? standardOutput.errorString() : error)
-                  .toUtf8());
+    if (output.isEmpty()) {
+        standardOutput.flush(); // to stdout, whose faults finish() reports
+    } else if (!commitSaveFile(&file, true, &error)) {
+        write(stderr, QStringLiteral("%1: error: cannot write: %2\n").arg(output, error).toUtf8());
         return Failed;
     }
     return errors.isEmpty() ? Passed : Failed;
@@ -208,11 +206,11 @@ int main(int argc, char **argv)
     const QStringList arguments = parser.positionalArguments();
     const QString command = arguments.value(0);
     if (command == u"export")
-        return runExport(parser, arguments.mid(1));
+        return finish(runExport(parser, arguments.mid(1)));
     if (command == u"import")
-        return runImport(parser, arguments.mid(1));
+        return finish(runImport(parser, arguments.mid(1)));
     if (command == u"status")
-        return runStatus(parser, arguments.mid(1));
+        return finish(runStatus(parser, arguments.mid(1)));
     return usageError(command.isEmpty()
                           ? QStringLiteral("no command given (see --help)")
                           : QStringLiteral("unknown command '%1' (see --help)").arg(command));

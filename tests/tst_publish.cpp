@@ -393,7 +393,8 @@ void TestPublish::searchWords()
     QCOMPARE(ZyHelp::Publish::PageBody::searchWords("T", language), words);
 }
 
-// What qhelpgenerator would only warn about is found before it runs.
+// What qhelpgenerator would only warn about is found before it runs; the project
+// file, byte for byte, holds the contents tree that it takes without a word.
 void TestPublish::qhpFaults()
 {
     const ZyHelp::Publish::SiteModel model(
@@ -407,6 +408,8 @@ void TestPublish::qhpFaults()
     Test::writeFile(folder + "/a/b.html", "<p>b</p>");
     Test::writeFile(folder + "/index.html", "<p>index</p>");
     QCOMPARE(writer.faults(folder), QStringList());
+    QCOMPARE(writer.project({"style.css"}),
+             Test::readFile(ZY_PUBLISH_DATA "/expected/mein-projekt_de.qhp"));
 }
 
 // One language: no switch, the entry leads to it, and a stale file of the

@@ -227,27 +227,13 @@ bool coldOpen(const QString &projectFile, Figures &figures)
     return true;
 }
 
-// The floor of the cold open: one thread parsing every document in a fresh
-// process, which pays, as the cold open does, for the first touch of all the
-// memory it takes. A warm process has that memory already.
-bool freshParse(const QString &projectFile, Figures &figures)
+// A child that prints one time in ms: best keeps the least of the runs.
+bool timedChild(const QString &argument, const QString &projectFile, double *best)
 {
-    const QList<double> values = runChild(QStringLiteral("--one-thread-parse"), projectFile);
+    const QList<double> values = runChild(argument, projectFile);
     if (values.size() != 1)
         return false;
-    figures.freshParseMs = std::min(figures.freshParseMs, values.at(0));
-    return true;
-}
-
-// What the cold open's reading alone takes: every document read on all cores by
-// the editor's document cache, in a fresh process, with no node made. The cold
-// open cannot be faster than this on the machine.
-bool poolParse(const QString &projectFile, Figures &figures)
-{
-    const QList<double> values = runChild(QStringLiteral("--pool-parse"), projectFile);
-    if (values.size() != 1)
-        return false;
-    figures.poolParseMs = std::min(figures.poolParseMs, values.at(0));
+    *best = std::min(*best, values.at(0));
     return true;
 }
 
@@ -304,8 +290,16 @@ Figures measure(int documentCount)
     int added = 0;
     for (int round = 0; round < rounds; ++round) {
         figures.parseMs = std::min(figures.parseMs, Bench::bestOfMs(1, [&] { parseAll(manager); }));
-        figures.ok = freshParse(projectFile, figures) && figures.ok;
-        figures.ok = poolParse(projectFile, figures) && figures.ok;
+        // The floor of the cold open: one thread parsing every document in a fresh
+        // process, which pays, as the cold open does, for the first touch of all the
+        // memory it takes. A warm process has that memory already.
+        figures.ok =
+            timedChild(QStringLiteral("--one-thread-parse"), projectFile, &figures.freshParseMs)
+            && figures.ok;
+        // What the open's reading alone takes: every document read on all cores by the
+        // editor's document cache, no node made. The cold open cannot be faster.
+        figures.ok = timedChild(QStringLiteral("--pool-parse"), projectFile, &figures.poolParseMs)
+            && figures.ok;
         figures.floorMs = std::min(figures.floorMs, Bench::bestOfMs(3, refreshAndStat));
         for (int cold = 0; cold < coldOpensPerRound; ++cold)
             figures.ok = coldOpen(projectFile, figures) && figures.ok;
